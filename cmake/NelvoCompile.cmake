@@ -1,0 +1,40 @@
+# How every target of this project is compiled: language, warnings, hardening, sanitizers.
+
+set(CMAKE_CXX_STANDARD 17)
+set(CMAKE_CXX_STANDARD_REQUIRED ON)
+set(CMAKE_CXX_EXTENSIONS OFF)
+set(CMAKE_POSITION_INDEPENDENT_CODE ON)
+include(CheckPIESupported)
+check_pie_supported(LANGUAGES CXX)
+
+if(NOT CMAKE_BUILD_TYPE)
+    set(CMAKE_BUILD_TYPE Release)
+endif()
+set(CMAKE_CXX_FLAGS_SANITIZE "-O1 -g1 -fno-omit-frame-pointer")
+
+add_library(nelvo_compile INTERFACE)
+target_include_directories(nelvo_compile INTERFACE $<BUILD_INTERFACE:${PROJECT_SOURCE_DIR}>)
+target_compile_options(nelvo_compile INTERFACE
+    -Wall -Wextra -Wpedantic -Wshadow -Wconversion -Wsign-conversion -Wcast-qual -Wcast-align
+    -Wformat=2 -Wnon-virtual-dtor -Woverloaded-virtual -Wold-style-cast -Wnull-dereference
+    -Wduplicated-cond -Wlogical-op -Wuseless-cast -Wredundant-decls -Wundef -Wvla
+    -fno-semantic-interposition)
+target_compile_definitions(nelvo_compile INTERFACE
+    BOOST_ALL_NO_LIB $<$<NOT:$<CONFIG:Release>>:_GLIBCXX_ASSERTIONS>)
+
+# Full RELRO, stack protector, fortify. A sanitizer replaces what the last two check.
+if(NELVO_SANITIZE)
+    string(REPLACE ";" "," sanitizers "${NELVO_SANITIZE}")
+    target_compile_options(nelvo_compile INTERFACE -fsanitize=${sanitizers} -fno-sanitize-recover=all)
+    target_link_options(nelvo_compile INTERFACE -fsanitize=${sanitizers})
+else()
+    target_compile_options(nelvo_compile INTERFACE
+        -fstack-protector-strong -fstack-clash-protection -fcf-protection)
+    target_compile_definitions(nelvo_compile INTERFACE $<$<CONFIG:Release>:_FORTIFY_SOURCE=2>)
+endif()
+target_link_options(nelvo_compile INTERFACE -Wl,-z,relro,-z,now,-z,noexecstack)
+
+add_library(nelvo_static_runtime INTERFACE)
+if(NELVO_STATIC_RUNTIME)
+    target_link_options(nelvo_static_runtime INTERFACE -static-libstdc++ -static-libgcc)
+endif()
