@@ -1,0 +1,39 @@
+#include "tests/support/temp_folder.h"
+
+#include <cstdlib>
+#include <filesystem>
+#include <fstream>
+#include <sstream>
+
+#include <gtest/gtest.h>
+
+temp_folder_t::temp_folder_t()
+    : m_path(std::filesystem::is_directory("/dev/shm") ? "/dev/shm/nelvo-test-XXXXXX"
+                                                       : "/tmp/nelvo-test-XXXXXX")
+{
+    if (::mkdtemp(m_path.data()) == nullptr)
+        ADD_FAILURE() << "no temporary folder " << m_path;
+}
+
+temp_folder_t::~temp_folder_t()
+{
+    std::error_code ignored;
+    std::filesystem::remove_all(m_path, ignored);
+}
+
+std::string ReadFile(const std::string& path)
+{
+    std::ifstream file(path, std::ios::binary);
+    EXPECT_TRUE(file.is_open()) << path;
+    std::ostringstream text;
+    text << file.rdbuf();
+    return text.str();
+}
+
+void WriteFile(const std::string& path, const std::string& text)
+{
+    std::ofstream file(path, std::ios::binary | std::ios::trunc);
+    file << text;
+    file.close();
+    EXPECT_TRUE(file.good()) << path;
+}
