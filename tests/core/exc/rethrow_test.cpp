@@ -1,0 +1,140 @@
+#include "nelvo/core/exc/rethrow.h"
+
+#include <cerrno>
+#include <functional>
+#include <stdexcept>
+
+#include <boost/filesystem/operations.hpp>
+#include <boost/system/system_error.hpp>
+#include <gtest/gtest.h>
+
+#include "nelvo/core/exc/errno_exc.h"
+#include "nelvo/core/exc/file_locked_exc.h"
+#include "nelvo/core/exc/runtime_exc.h"
+
+namespace
+{
+
+class without_what_t : public std::exception
+{
+public:
+    const char* what() const noexcept override { return nullptr; }
+};
+
+// Runs the body, adds the context to what it throws, and returns a copy of what comes out as Out; fails
+// the test if something else comes out.
+template <class Out>
+Out WithContext(const std::function<void()>& body, bool marked = false, const exc_trace_t& trace = {})
+{
+    try
+    {
+        try
+        {
+            body();
+        }
+        catch (std::exception& e)
+        {
+            exc::RethrowWithContext(marked, "context %01", e, trace);
+        }
+    }
+    catch (const std::exception& e)
+    {
+        EXPECT_EQ(typeid(Out), typeid(e));
+        return dynamic_cast<const Out&>(e);
+    }
+    throw std::logic_error("nothing was thrown");
+}
+
+template <class Exception>
+std::function<void()> Throwing(const Exception& exception)
+{
+    return [exception] { throw exception; };
+}
+
+} // namespace
+
+TEST(RethrowWithContext, ExceptionOfTheFamilyKeepsItsTypeAndGetsTheLine)
+{
+    const auto locked = WithContext<exc::file_locked_exc_t>(Throwing(exc::file_locked_exc_t("a")));
+    EXPECT_STREQ("File [a] is locked.\ncontext %01", locked.what());
+    EXPECT_EQ("a", locked.GetFile());
+
+    const auto failed = WithContext<posix::errno_exc_t>(Throwing(posix::errno_exc_t("message", ENOENT)));
+    EXPECT_STREQ("No such file or directory\nmessage\ncontext %01", failed.what());
+    EXPECT_EQ(static_cast<std::uint32_t>(ENOENT), failed.GetErrorCode());
+}
+
+TEST(RethrowWithContext, SameObjectGoesOn)
+{
+    const void* inner = nullptr;
+    const void* outer = nullptr;
+    try
+    {
+        try
+        {
+            throw exc::runtime_exc_t("A");
+        }
+        catch (std::exception& e)
+        {
+            inner = &e;
+            exc::RethrowWithContext(false, "B", e);
+        }
+    }
+    catch (const std::exception& e)
+    {
+        outer = &e;
+    }
+    EXPECT_EQ(inner, outer);
+    EXPECT_NE(nullptr, outer);
+}
+
+TEST(RethrowWithContext, MarkedContextShowsItsPrefix)
+{
+    const auto e = WithContext<exc::runtime_exc_t>(Throwing(exc::runtime_exc_t("A")), true);
+    EXPECT_STREQ("A\n--tr:context %01", e.what());
+    EXPECT_EQ("A\ncontext %01", e.GetPlainText());
+
+    const auto foreign = WithContext<exc::runtime_exc_t>(Throwing(std::runtime_error("A")), true);
+    EXPECT_STREQ("A\n--tr:context %01", foreign.what());
+}
+
+TEST(RethrowWithContext, ForeignExceptionLeavesAsRuntimeExceptionWithItsTextFirst)
+{
+    const auto e = WithContext<exc::runtime_exc_t>(Throwing(std::runtime_error("old %1 text")));
+    EXPECT_STREQ("old %1 text\ncontext %01", e.what());
+    EXPECT_EQ(0u, e.GetErrorCode());
+}
+
+TEST(RethrowWithContext, ForeignExceptionWithoutTextGivesTheContextAlone)
+{
+    EXPECT_STREQ("context %01", WithContext<exc::runtime_exc_t>(Throwing(without_what_t())).what());
+}
+
+TEST(RethrowWithContext, BoostSystemErrorGivesItsCodeAndTheSystemsText)
+{
+    const boost::system::error_code code(ENOSPC, boost::system::generic_category());
+    const auto e = WithContext<exc::runtime_exc_t>(Throwing(boost::system::system_error(code, "lost")));
+    EXPECT_STREQ("No space left on device\ncontext %01", e.what());
+    EXPECT_EQ(static_cast<std::uint32_t>(ENOSPC), e.GetErrorCode());
+}
+
+TEST(RethrowWithContext, BoostFilesystemErrorIsASystemErrorAndLosesItsPath)
+{
+    const auto e = WithContext<exc::runtime_exc_t>([] { boost::filesystem::space("/nowhere/at/all"); });
+    EXPECT_STREQ("No such file or directory\ncontext %01", e.what());
+    EXPECT_EQ(static_cast<std::uint32_t>(ENOENT), e.GetErrorCode());
+}
+
+TEST(RethrowWithContext, TraceIsMergedIntoEitherKind)
+{
+    exc_trace_t trace;
+    trace.properties = {{"a", "new"}, {"b", "added"}};
+    trace.events = {{3, "info"}};
+    exc::runtime_exc_t ours("A");
+    ours.GetTrace().properties["a"] = "old";
+
+    EXPECT_EQ("A\ncontext %01\n--tr:property:a:old\n--tr:property:b:added\n--tr:event:3:info",
+              WithContext<exc::runtime_exc_t>(Throwing(ours), false, trace).GetFullText());
+    EXPECT_EQ("B\ncontext %01\n--tr:property:a:new\n--tr:property:b:added\n--tr:event:3:info",
+              WithContext<exc::runtime_exc_t>(Throwing(std::runtime_error("B")), false, trace).GetFullText());
+}

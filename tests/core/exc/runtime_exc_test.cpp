@@ -1,0 +1,62 @@
+#include "nelvo/core/exc/runtime_exc.h"
+
+#include <gtest/gtest.h>
+
+using exc::error_code_t;
+using exc::runtime_exc_t;
+
+TEST(RuntimeExc, CodeIsZeroUnlessGiven)
+{
+    EXPECT_EQ(0u, runtime_exc_t().GetErrorCode());
+    EXPECT_EQ(0u, runtime_exc_t("A").GetErrorCode());
+    EXPECT_EQ(0u, runtime_exc_t("%1", 5).GetErrorCode());
+    EXPECT_EQ(4294967295u, runtime_exc_t("A", error_code_t{4294967295u}).GetErrorCode());
+}
+
+TEST(RuntimeExc, DefaultHasNoLine) { EXPECT_STREQ("", runtime_exc_t().what()); }
+
+TEST(RuntimeExc, MessageIsTakenWithoutSubstitution)
+{
+    EXPECT_STREQ("%01", runtime_exc_t("%01").what());
+    EXPECT_STREQ("%01", runtime_exc_t("%01", error_code_t{1}).what());
+}
+
+TEST(RuntimeExc, FormatTakesOneToFourArguments)
+{
+    EXPECT_STREQ("[a]", runtime_exc_t("[%1]", "a").what());
+    EXPECT_STREQ("b a", runtime_exc_t("%2 %1", "a", std::string("b")).what());
+    EXPECT_STREQ("a2true", runtime_exc_t("%1%2%3", "a", 2u, true).what());
+    EXPECT_STREQ("1 2 3 4", runtime_exc_t("%1 %2 %3 %4", 1, 2, 3, 4).what());
+}
+
+TEST(RuntimeExc, NumberBehindTheMessageIsAnArgumentAndNotTheCode)
+{
+    const runtime_exc_t e("size %1", 34u);
+    EXPECT_STREQ("size 34", e.what());
+    EXPECT_EQ(0u, e.GetErrorCode());
+}
+
+TEST(RuntimeExc, CodeCanBeSet)
+{
+    runtime_exc_t e("A");
+    e.SetErrorCode(7);
+    EXPECT_EQ(7u, e.GetErrorCode());
+}
+
+TEST(RuntimeExc, CloneAndRethrowKeepTypeAndCode)
+{
+    const runtime_exc_t e("A", error_code_t{7});
+    const auto clone = boost::dynamic_pointer_cast<runtime_exc_t>(e.Clone());
+    ASSERT_TRUE(clone);
+    EXPECT_STREQ("A", clone->what());
+    EXPECT_EQ(7u, clone->GetErrorCode());
+    try
+    {
+        static_cast<const exc::exc_base_t&>(e).Rethrow();
+    }
+    catch (const runtime_exc_t& thrown)
+    {
+        EXPECT_STREQ("A", thrown.what());
+        EXPECT_EQ(7u, thrown.GetErrorCode());
+    }
+}
