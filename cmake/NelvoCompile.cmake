@@ -34,6 +34,11 @@ else()
 endif()
 target_link_options(nelvo_compile INTERFACE -Wl,-z,relro,-z,now,-z,noexecstack)
 
+# Leaves a third of the tool out of the file. Link-time optimisation beside it measured below one per cent of
+# a run's time and is not used.
+target_compile_options(nelvo_compile INTERFACE $<$<CONFIG:Release>:-ffunction-sections -fdata-sections>)
+target_link_options(nelvo_compile INTERFACE $<$<CONFIG:Release>:-Wl,--gc-sections>)
+
 add_library(nelvo_static_runtime INTERFACE)
 if(NELVO_STATIC_RUNTIME)
     target_link_options(nelvo_static_runtime INTERFACE -static-libstdc++ -static-libgcc)
