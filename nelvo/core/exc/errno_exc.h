@@ -23,6 +23,10 @@ public:
     explicit errno_exc_t(int error);
     errno_exc_t(const std::string& message, int error);
 
+    // The message is converted by util::WideToMultibyteForExc, which may throw instead. Defined in
+    // exc_wide.cpp, which stands above the conversions.
+    errno_exc_t(const std::wstring& message, int error);
+
     template <class Arg1>
     errno_exc_t(std::string_view format, const Arg1& arg1, int error)
         : errno_exc_t(util::Format(format, arg1), error)

@@ -35,6 +35,19 @@ public:
         static_assert(sizeof...(Args) <= 3, "a message takes 1 to 4 arguments");
     }
 
+    // Wide text is converted by util::WideToMultibyteForExc, a format after its arguments (1 to 4 of
+    // them) are filled in. What that conversion throws is thrown instead of this exception.
+    // Defined in exc_wide.cpp, which stands above the conversions.
+    explicit runtime_exc_t(const std::wstring& message);
+    runtime_exc_t(const std::wstring& message, error_code_t code);
+
+    template <class Arg, class... Args, std::enable_if_t<!std::is_same_v<Arg, error_code_t>, int> = 0>
+    runtime_exc_t(std::wstring_view format, const Arg& arg, const Args&... args)
+        : runtime_exc_t(util::Format(format, arg, args...))
+    {
+        static_assert(sizeof...(Args) <= 3, "a message takes 1 to 4 arguments");
+    }
+
     // Copies keep this type and the code.
     boost::shared_ptr<exc_base_t> Clone() const override;
     [[noreturn]] void Rethrow() const override;

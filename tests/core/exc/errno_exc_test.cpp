@@ -4,6 +4,8 @@
 
 #include <gtest/gtest.h>
 
+#include "nelvo/core/exc/runtime_exc.h"
+
 using posix::errno_exc_t;
 
 TEST(ErrnoExc, SystemTextIsTheFirstLineAndTheMessageTheSecond)
@@ -69,5 +71,25 @@ TEST(ErrnoExc, RethrowKeepsTypeAndNumber)
     {
         EXPECT_EQ(static_cast<std::uint32_t>(ENOENT), thrown.GetErrorCode());
         EXPECT_STREQ("No such file or directory\nmessage", thrown.what());
+    }
+}
+
+TEST(ErrnoExc, WideMessageIsConverted)
+{
+    EXPECT_STREQ("Permission denied\n%01", errno_exc_t(L"%01", EACCES).what());
+}
+
+TEST(ErrnoExc, WideMessageOutsideTheLocaleThrowsInstead)
+{
+    try
+    {
+        const errno_exc_t e(L"\u00e9", EACCES);
+        FAIL() << "nothing was thrown";
+    }
+    catch (const exc::runtime_exc_t& e)
+    {
+        EXPECT_STREQ("Unicode string cannot be converted to multibyte string. Failed to get buffer size. \n"
+                     "UNICODE->ANSI failed",
+                     e.what());
     }
 }

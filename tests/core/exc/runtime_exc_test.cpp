@@ -1,5 +1,7 @@
 #include "nelvo/core/exc/runtime_exc.h"
 
+#include <functional>
+
 #include <gtest/gtest.h>
 
 using exc::error_code_t;
@@ -58,5 +60,40 @@ TEST(RuntimeExc, CloneAndRethrowKeepTypeAndCode)
     {
         EXPECT_STREQ("A", thrown.what());
         EXPECT_EQ(7u, thrown.GetErrorCode());
+    }
+}
+
+TEST(RuntimeExc, WideTextIsFormattedAndThenConverted)
+{
+    EXPECT_STREQ("%01", runtime_exc_t(L"%01").what());
+    EXPECT_STREQ("b 1 <null> true", runtime_exc_t(L"%2 %1 %3 %4", 1, std::wstring(L"b"),
+                                                  static_cast<const wchar_t*>(nullptr), true)
+                                        .what());
+    const runtime_exc_t e(L"A", error_code_t{7});
+    EXPECT_STREQ("A", e.what());
+    EXPECT_EQ(7u, e.GetErrorCode());
+}
+
+TEST(RuntimeExc, WideTextOutsideTheLocaleThrowsInstead)
+{
+    const std::string failure =
+        "Unicode string cannot be converted to multibyte string. Failed to get buffer size. \n"
+        "UNICODE->ANSI failed";
+    const std::function<void()> bodies[] = {
+        [] { runtime_exc_t e(L"\u00e9"); },
+        [] { runtime_exc_t e(L"\u00e9", error_code_t{7}); },
+        [] { runtime_exc_t e(L"%1", L"\u00e9"); },
+    };
+    for (const auto& body : bodies)
+    {
+        try
+        {
+            body();
+            FAIL() << "nothing was thrown";
+        }
+        catch (const runtime_exc_t& e)
+        {
+            EXPECT_EQ(failure, e.what());
+        }
     }
 }
