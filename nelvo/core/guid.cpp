@@ -7,6 +7,7 @@
 
 #include "nelvo/core/exc/rethrow.h"
 #include "nelvo/core/exc/runtime_exc.h"
+#include "nelvo/core/util/wide.h"
 
 static_assert(sizeof(uuid_t) == Guid::kSize && sizeof(SGuidRecord) == Guid::kSize);
 
@@ -23,6 +24,14 @@ std::string WithoutBraces(std::string text)
         text.erase(0, 1);
     if (text.back() == '}')
         text.pop_back();
+    return text;
+}
+
+std::string BracedText(const std::uint8_t* bytes)
+{
+    std::string text(kTextSize + 2, '{');
+    ::uuid_unparse_lower(bytes, &text[1]);
+    text.back() = '}';
     return text;
 }
 
@@ -76,6 +85,16 @@ catch (std::exception& e)
     exc::RethrowWithContext(false, "Failed to convert GUID to AString.", e);
 }
 
+Guid Guid::Parse(std::wstring_view text)
+try
+{
+    return Parse(util::WideToMultibyte(text));
+}
+catch (std::exception& e)
+{
+    exc::RethrowWithContext(false, "Failed to convert WString to GUID.", e);
+}
+
 Guid Guid::FromBytes(const void* data, std::size_t size)
 {
     if (size != kSize)
@@ -89,14 +108,21 @@ Guid Guid::FromBytes(const void* data, std::size_t size)
 std::string Guid::ToString() const
 try
 {
-    std::string text(kTextSize + 2, '{');
-    ::uuid_unparse_lower(m_bytes.data(), &text[1]);
-    text.back() = '}';
-    return text;
+    return BracedText(m_bytes.data());
 }
 catch (std::exception& e)
 {
     exc::RethrowWithContext(false, "Failed to convert GUID to AString.", e);
+}
+
+std::wstring Guid::ToWString() const
+try
+{
+    return util::MultibyteToWide(BracedText(m_bytes.data()));
+}
+catch (std::exception& e)
+{
+    exc::RethrowWithContext(false, "Failed to convert GUID to WString.", e);
 }
 
 bool Guid::IsNull() const { return ::uuid_is_null(m_bytes.data()) != 0; }

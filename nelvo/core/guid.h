@@ -6,8 +6,9 @@
 // Text form: "{" + 36 characters + "}", lower-case hexadecimal digits with a - after the 8th, 12th, 16th
 // and 20th; 38 characters. Each text that leaves a Guid has this form.
 //
-// What fails in Generate, ToString and Parse (in practice memory alone) leaves with a context line:
-// "Failed to create GUID." or "Failed to convert GUID to AString.".
+// What fails in Generate, ToString, ToWString and Parse (in practice memory alone) leaves with a context
+// line: "Failed to create GUID.", "Failed to convert GUID to AString." (Parse of narrow text too) or "Failed
+// to convert GUID to WString.".
 
 #include <array>
 #include <cstddef>
@@ -47,10 +48,15 @@ public:
     // the brace at the end.
     static Guid Parse(std::string_view text);
 
+    // Converts by util::WideToMultibyte first. Text that it cannot convert is a failure, with "Failed to
+    // convert WString to GUID.".
+    static Guid Parse(std::wstring_view text);
+
     // Takes 16 bytes as they are. Throws exc::runtime_exc_t for any other size.
     static Guid FromBytes(const void* data, std::size_t size);
 
     std::string ToString() const;
+    std::wstring ToWString() const;
 
     bool IsNull() const;
     void Clear();

@@ -92,23 +92,50 @@ TEST(Guid, ParseReadsUpToAZeroByteButLooksForTheLastBraceBehindIt)
 
 TEST(Guid, ParseFailureCarriesToStringsText)
 {
-    EXPECT_EQ("std::bad_alloc\nFailed to convert GUID to AString.", FailureOf(
-                                                                        []
-                                                                        {
-                                                                            const fail_next_new_t no_memory;
-                                                                            Guid::Parse(kText);
-                                                                        }));
+    const auto parse = []
+    {
+        const fail_next_new_t no_memory;
+        Guid::Parse(kText);
+    };
+    EXPECT_EQ("std::bad_alloc\nFailed to convert GUID to AString.", FailureOf(parse));
 }
 
 TEST(Guid, ToStringFailureCarriesItsContext)
 {
     const Guid value = Value();
-    EXPECT_EQ("std::bad_alloc\nFailed to convert GUID to AString.", FailureOf(
-                                                                        [&value]
-                                                                        {
-                                                                            const fail_next_new_t no_memory;
-                                                                            value.ToString();
-                                                                        }));
+    const auto print = [&value]
+    {
+        const fail_next_new_t no_memory;
+        value.ToString();
+    };
+    EXPECT_EQ("std::bad_alloc\nFailed to convert GUID to AString.", FailureOf(print));
+}
+
+TEST(Guid, WideTextHasTheSameForm)
+{
+    EXPECT_EQ(L"{00112233-4455-6677-8899-aabbccddeeff}", Value().ToWString());
+    EXPECT_EQ(Value(), Guid::Parse(L"{00112233-4455-6677-8899-AABBCCDDEEFF}"));
+    EXPECT_EQ(Value(), Guid::Parse(std::wstring(L"00112233-4455-6677-8899-aabbccddeeff")));
+    EXPECT_TRUE(Guid::Parse(L"00112233").IsNull());
+}
+
+TEST(Guid, WideTextOutsideTheLocaleIsAFailureWhereNarrowTextIsNull)
+{
+    EXPECT_EQ("Unicode string cannot be converted to multibyte string. Failed to get buffer size. \n"
+              "Failed to convert WString to GUID.",
+              FailureOf([] { Guid::Parse(L"\u00e9"); }));
+    EXPECT_TRUE(Guid::Parse("\xc3\xa9").IsNull());
+}
+
+TEST(Guid, ToWStringFailureCarriesItsContext)
+{
+    const Guid value = Value();
+    const auto convert = [&value]
+    {
+        const fail_next_new_t no_memory;
+        value.ToWString();
+    };
+    EXPECT_EQ("std::bad_alloc\nFailed to convert GUID to WString.", FailureOf(convert));
 }
 
 TEST(Guid, GeneratedValuesAreRandomAndDiffer)
