@@ -1,0 +1,128 @@
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include "tests/run/machine.h"
+
+using testing::HasSubstr;
+using testing::IsEmpty;
+
+namespace
+{
+
+const char kId[] = "{00112233-4455-6677-8899-aabbccddeeff}";
+const char kPrinted[] = "{00112233-4455-6677-8899-aabbccddeeff}\n";
+
+using options_t = std::vector<std::string>;
+
+void ExpectAccepted(const options_t& options)
+{
+    machine_t machine;
+    machine.AgentFile(kId);
+    const run_t run = machine.Run(options);
+
+    EXPECT_EQ(kPrinted, run.out) << testing::PrintToString(options);
+    EXPECT_EQ("", run.err);
+    EXPECT_EQ(0, run.status);
+}
+
+// Nothing is looked for, generated or logged.
+void ExpectRefused(const options_t& options, const std::string& text)
+{
+    machine_t machine;
+    const run_t run = machine.Run(options);
+
+    EXPECT_EQ("", run.out);
+    EXPECT_EQ(text + "\nFailed to initialized\n", run.err) << testing::PrintToString(options);
+    EXPECT_EQ(1, run.status);
+    EXPECT_THAT(machine.NewPaths(), IsEmpty());
+}
+
+} // namespace
+
+TEST(CommandLine, MayBeEmpty) { ExpectAccepted({}); }
+
+TEST(CommandLine, LogNameStandsInAnyOfItsForms)
+{
+    ExpectAccepted({"--log=/tmp/x.log"});
+    ExpectAccepted({"--log", "/tmp/x.log"});
+    ExpectAccepted({"-l", "/tmp/x.log"});
+    ExpectAccepted({"-l/tmp/x.log"});
+}
+
+TEST(CommandLine, LongNameMayBeShortened)
+{
+    ExpectAccepted({"--lo", "/tmp/x.log"});
+    ExpectAccepted({"--l=/tmp/x.log"});
+}
+
+TEST(CommandLine, LogNameMayLookLikeAnOption)
+{
+    ExpectAccepted({"--log", "--foo"});
+    ExpectAccepted({"-l=x"});
+    ExpectAccepted({"-log"});
+}
+
+TEST(CommandLine, EmptyLogNameIsAccepted)
+{
+    for (const char* const name : {"--log", "-l"})
+    {
+        machine_t machine;
+        machine.AgentFile(kId);
+        const run_t run = machine.Run({name, ""});
+
+        EXPECT_THAT(run.out, HasSubstr(kPrinted));
+        EXPECT_EQ("", run.err);
+        EXPECT_EQ(0, run.status);
+    }
+}
+
+TEST(CommandLine, TwoDashesEndTheOptions) { ExpectAccepted({"--"}); }
+
+TEST(CommandLine, UnknownOptionIsRefused)
+{
+    ExpectRefused({"--help"}, "unrecognised option '--help'");
+    ExpectRefused({"--LOG", "x"}, "unrecognised option '--LOG'");
+    ExpectRefused({"--log", "x", "--version"}, "unrecognised option '--version'");
+    ExpectRefused({"-h"}, "unrecognised option '-h'");
+}
+
+TEST(CommandLine, MissingLogNameIsRefused)
+{
+    ExpectRefused({"--log"}, "the required argument for option '--log' is missing");
+    ExpectRefused({"-l"}, "the required argument for option '--log' is missing");
+}
+
+TEST(CommandLine, NothingAfterTheEqualSignIsRefused)
+{
+    ExpectRefused({"--log="},
+                  "the argument for option '--log' should follow immediately after the equal sign");
+}
+
+TEST(CommandLine, LogGivenTwiceIsRefused)
+{
+    ExpectRefused({"--log", "x", "--log", "y"}, "option '--log' cannot be specified more than once");
+    ExpectRefused({"-lx", "--log=x"}, "option '--log' cannot be specified more than once");
+}
+
+TEST(CommandLine, PositionalArgumentIsRefused)
+{
+    const std::string text = "too many positional options have been specified on the command line";
+    ExpectRefused({"x"}, text);
+    ExpectRefused({""}, text);
+    ExpectRefused({"-"}, text);
+    ExpectRefused({"--", "x"}, text);
+    ExpectRefused({"-log", "x"}, text);
+    ExpectRefused({"--log", "x", "y"}, text);
+}
+
+TEST(CommandLine, NameOfTheProgramIsTheCallersChoice)
+{
+    for (const char* const name : {"", "nelvoagentid", "--help", "/a/long/way/to it"})
+    {
+        machine_t machine;
+        machine.AgentFile(kId);
+        machine.StartAs(name);
+
+        EXPECT_EQ(kPrinted, machine.Run().out) << name;
+    }
+}

@@ -1,0 +1,55 @@
+#include <gtest/gtest.h>
+
+#include "tests/run/machine.h"
+
+TEST(Generation, NewIdIsKeptForTheNextRun)
+{
+    machine_t machine;
+    const run_t first = machine.Run();
+    const run_t second = machine.Run();
+
+    EXPECT_TRUE(IsGeneratedId(first.out)) << first.out;
+    EXPECT_EQ(first.out, second.out);
+    EXPECT_EQ(0, second.status);
+}
+
+TEST(Generation, EachMachineGetsAnIdOfItsOwn)
+{
+    machine_t one;
+    machine_t other;
+
+    EXPECT_NE(one.Run().out, other.Run().out);
+}
+
+TEST(Generation, StoredIdOutlivesTheFirmwareThatComesLater)
+{
+    machine_t machine;
+    const run_t first = machine.Run();
+    machine.DmidecodePrints("UUID: 00112233-4455-6677-8899-AABBCCDDEEFF\n");
+
+    EXPECT_EQ(first.out, machine.Run().out);
+}
+
+TEST(Generation, LostAgentFileMeansANewId)
+{
+    machine_t machine;
+    const run_t first = machine.Run();
+    machine.Remove("/etc/nelvoagentid");
+    const run_t second = machine.Run();
+
+    EXPECT_TRUE(IsGeneratedId(second.out)) << second.out;
+    EXPECT_NE(first.out, second.out);
+}
+
+// No lock guards the file: the last writer wins, and both have printed an id.
+TEST(Generation, OneOfTwoRunsAtOnceIsTheLastWriter)
+{
+    machine_t machine;
+    const run_t run = machine.Shell("nelvoagentid > /tmp/one & nelvoagentid > /tmp/other; wait");
+    const std::string stored = machine.Read("/etc/nelvoagentid") + "\n";
+
+    EXPECT_TRUE(IsGeneratedId(machine.Read("/tmp/one")));
+    EXPECT_TRUE(IsGeneratedId(machine.Read("/tmp/other")));
+    EXPECT_TRUE(stored == machine.Read("/tmp/one") || stored == machine.Read("/tmp/other")) << stored;
+    EXPECT_EQ("", run.err);
+}

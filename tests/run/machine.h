@@ -1,0 +1,97 @@
+#pragma once
+
+// A private machine for the tool: its root is a folder of the test's own, with an /etc, /sys, /tmp and PATH
+// that hold only what the test puts there, beside the real /usr (read-only) and /proc. No firmware can be
+// read, and no dmidecode is found, unless the test provides one. The machine's files stay between runs and
+// can be looked at; paths are given as the tool sees them.
+//
+//   machine_t machine;
+//   machine.AgentFile("{...}");
+//   const run_t run = machine.Run({"--log", "/tmp/x.log"});
+//   EXPECT_EQ("{...}\n", run.out);
+//
+// The tool starts in the empty folder /work, as root, with the umask 022.
+
+#include <string>
+#include <vector>
+
+#include "tests/run/private_process.h"
+#include "tests/run/smbios_table.h"
+#include "tests/support/temp_folder.h"
+
+class machine_t
+{
+public:
+    using stream_t = private_process_t::stream_t;
+
+    machine_t();
+
+    // The three sources.
+    void AgentFile(const std::string& text);
+    void Sysfs(const std::string& text);
+    void DmidecodePrints(const std::string& bytes); // every byte as it is; what grep lets through counts
+
+    // A shell script in the place of dmidecode, and of grep.
+    void Dmidecode(const std::string& script);
+    void Grep(const std::string& script);
+    void GrepPrints(const std::string& bytes);
+
+    // The real dmidecode, reading this table.
+    void Firmware(const smbios_table_t& table);
+
+    // Anything else that stands on the machine. Folders above a path are created.
+    void File(const std::string& path, const std::string& text);
+    void HugeFile(const std::string& path, const std::string& head, off_t size); // zero bytes after the head
+    void Folder(const std::string& path);
+    void Link(const std::string& path, const std::string& target);
+    void Socket(const std::string& path);
+    void Remove(const std::string& path);
+    void SetMode(const std::string& path, mode_t mode);
+    void ReadOnlyFolder(const std::string& path);
+    void FullDisk(const std::string& path); // a folder whose disk has no block left; each run has a new one
+    void NoShell();
+
+    // How the tool is started from now on.
+    void StartAs(const std::string& name) { m_name = name; } // argv[0]
+    void StartAsNobody() { m_process.user = 65534; }
+    void ObeyFileModes() { m_process.obeys_file_modes = true; } // root, as containers have it
+    void SetSearchPath(const std::string& path);
+    void SetUmask(mode_t umask) { m_process.umask = umask; }
+    void StandardInput(stream_t stream) { m_process.streams[0] = stream; }
+    void StandardOutput(stream_t stream) { m_process.streams[1] = stream; }
+    void StandardError(stream_t stream) { m_process.streams[2] = stream; }
+
+    run_t Run(const std::vector<std::string>& options = {});
+
+    // A shell script on this machine, with the tool in the PATH as nelvoagentid.
+    run_t Shell(const std::string& script);
+
+    // What stands on the machine now.
+    bool Exists(const std::string& path) const; // a link counts as it is
+    std::string Read(const std::string& path) const;
+    mode_t Mode(const std::string& path) const;
+
+    // What the runs have added to the machine, sorted.
+    std::vector<std::string> NewPaths() const;
+
+private:
+    // Where a path of this machine stands. A link in it would lead to the real machine and is a
+    // std::logic_error; for a file, not its folders alone are held to that.
+    std::string Place(const std::string& path) const;
+    std::string FilePlace(const std::string& path) const;
+
+    void Bind(mount_t::kind_t kind, const std::string& path);
+    void BindFile(const std::string& source, const std::string& path);
+    void ShareSystem();
+    void Script(const std::string& name, const std::string& script);
+    std::vector<std::string> Paths() const;
+    run_t Start(const std::string& program, const std::vector<std::string>& arguments);
+
+    temp_folder_t m_root;
+    private_process_t m_process;
+    std::string m_name;
+    std::vector<std::string> m_old_paths;
+};
+
+// True for the line of an id that the tool made itself: braced, lower case, version 4.
+bool IsGeneratedId(const std::string& text);

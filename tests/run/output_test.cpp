@@ -1,0 +1,160 @@
+#include <csignal>
+
+#include <gtest/gtest.h>
+
+#include "tests/run/machine.h"
+
+using stream_t = machine_t::stream_t;
+
+namespace
+{
+
+const char kId[] = "{00112233-4455-6677-8899-aabbccddeeff}";
+const char kNotWritten[] = "Failed to write agent id to standard output.\n";
+
+// Notes where the descriptors of the tool lead while it waits for dmidecode, which is its grandchild.
+const char kNoteDescriptors[] = "read -r pid name state parent rest < /proc/$PPID/stat\n"
+                                "for descriptor in 0 1 2; do\n"
+                                "    readlink /proc/$parent/fd/$descriptor || echo closed\n"
+                                "    sed -n 's/^flags:.*\\(.\\)$/\\1/p' /proc/$parent/fdinfo/$descriptor\n"
+                                "done > /tmp/descriptors";
+
+} // namespace
+
+TEST(Output, IsTheIdAndALineFeed)
+{
+    machine_t machine;
+    machine.AgentFile(kId);
+    const run_t run = machine.Run();
+
+    EXPECT_EQ("{00112233-4455-6677-8899-aabbccddeeff}\n", run.out);
+    EXPECT_EQ("", run.err);
+    EXPECT_EQ(0, run.status);
+}
+
+TEST(Output, StandardInputIsNotNeeded)
+{
+    machine_t machine;
+    machine.DmidecodePrints("UUID: 00112233-4455-6677-8899-AABBCCDDEEFF\n");
+    machine.StandardInput(stream_t::kClosed);
+    const run_t run = machine.Run();
+
+    EXPECT_EQ("{33221100-5544-7766-8899-aabbccddeeff}\n", run.out);
+    EXPECT_EQ("", run.err);
+    EXPECT_EQ(0, run.status);
+}
+
+TEST(Output, FullDeviceIsAFailure)
+{
+    machine_t machine;
+    machine.AgentFile(kId);
+    machine.StandardOutput(stream_t::kFull);
+    const run_t run = machine.Run();
+
+    EXPECT_EQ(kNotWritten, run.err);
+    EXPECT_EQ(1, run.status);
+    EXPECT_EQ(kId, machine.Read("/etc/nelvoagentid"));
+}
+
+TEST(Output, ClosedOutputIsAFailure)
+{
+    machine_t machine;
+    machine.AgentFile(kId);
+    machine.StandardOutput(stream_t::kClosed);
+    const run_t run = machine.Run();
+
+    EXPECT_EQ(kNotWritten, run.err);
+    EXPECT_EQ(1, run.status);
+    EXPECT_EQ(kId, machine.Read("/etc/nelvoagentid"));
+}
+
+TEST(Output, NewIdIsStoredBeforeItIsPrinted)
+{
+    machine_t machine;
+    machine.StandardOutput(stream_t::kFull);
+    const run_t failed = machine.Run();
+    machine.StandardOutput(stream_t::kKept);
+    const run_t good = machine.Run();
+
+    EXPECT_EQ(1, failed.status);
+    EXPECT_TRUE(IsGeneratedId(good.out)) << good.out;
+    EXPECT_EQ(good.out, machine.Read("/etc/nelvoagentid") + "\n");
+}
+
+TEST(Output, BrokenPipeEndsTheRunByItsSignal)
+{
+    machine_t machine;
+    machine.AgentFile(kId);
+    machine.StandardOutput(stream_t::kBrokenPipe);
+    const run_t run = machine.Run();
+
+    EXPECT_EQ("", run.err);
+    EXPECT_EQ(128 + SIGPIPE, run.status);
+}
+
+TEST(Output, ClosedErrorOutputDoesNotMatterToAGoodRun)
+{
+    machine_t machine;
+    machine.AgentFile(kId);
+    machine.StandardError(stream_t::kClosed);
+    const run_t run = machine.Run();
+
+    EXPECT_EQ("{00112233-4455-6677-8899-aabbccddeeff}\n", run.out);
+    EXPECT_EQ(0, run.status);
+}
+
+TEST(Output, FailureWithoutErrorOutputIsTheStatusAlone)
+{
+    for (const stream_t stream : {stream_t::kClosed, stream_t::kFull})
+    {
+        machine_t machine;
+        machine.StandardError(stream);
+        const run_t run = machine.Run({"--help"});
+
+        EXPECT_EQ("", run.out);
+        EXPECT_EQ(1, run.status);
+    }
+}
+
+TEST(Output, ClosedOutputsLeadToANullDeviceThatTakesNothing)
+{
+    machine_t machine;
+    machine.Dmidecode(kNoteDescriptors);
+    machine.StandardOutput(stream_t::kClosed);
+    machine.StandardError(stream_t::kClosed);
+    const run_t run = machine.Run();
+
+    EXPECT_EQ("/dev/null\n0\n/dev/null\n0\n/dev/null\n0\n", machine.Read("/tmp/descriptors"));
+    EXPECT_EQ(1, run.status);
+    EXPECT_EQ(38u, machine.Read("/etc/nelvoagentid").size());
+}
+
+// Descriptor 0 stays free, so that the pipe from dmidecode is the next to get it.
+TEST(Output, AllDescriptorsClosedAtTheStart)
+{
+    machine_t machine;
+    machine.Dmidecode(kNoteDescriptors);
+    machine.StandardInput(stream_t::kClosed);
+    machine.StandardOutput(stream_t::kClosed);
+    machine.StandardError(stream_t::kClosed);
+    const run_t run = machine.Run();
+    const std::string descriptors = machine.Read("/tmp/descriptors");
+
+    EXPECT_EQ("pipe:", descriptors.substr(0, 5));
+    EXPECT_EQ("/dev/null\n0\n/dev/null\n0\n", descriptors.substr(descriptors.find('/')));
+    EXPECT_EQ(1, run.status);
+    EXPECT_EQ(38u, machine.Read("/etc/nelvoagentid").size());
+}
+
+TEST(Output, AllDescriptorsClosedLeavesTheFirmwareReadable)
+{
+    machine_t machine;
+    machine.DmidecodePrints("UUID: 00112233-4455-6677-8899-AABBCCDDEEFF\n");
+    machine.StandardInput(stream_t::kClosed);
+    machine.StandardOutput(stream_t::kClosed);
+    machine.StandardError(stream_t::kClosed);
+    const run_t run = machine.Run();
+
+    EXPECT_EQ(1, run.status);
+    EXPECT_FALSE(machine.Exists("/etc/nelvoagentid"));
+}
