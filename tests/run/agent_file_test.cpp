@@ -1,3 +1,4 @@
+#include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
 #include "tests/run/machine.h"
@@ -222,6 +223,7 @@ TEST(AgentFile, FileInAnUnreachableFolderHoldsNoId)
     machine.ObeyFileModes();
 
     ExpectFirmwareId(machine);
+    machine.SetMode("/etc", 0755);
 }
 
 // ---- The file as it is written ----
@@ -231,7 +233,7 @@ TEST(AgentFile, HoldsTheNewIdAndNothingElse)
     machine_t machine;
     const run_t run = machine.Run();
 
-    EXPECT_TRUE(IsGeneratedId(run.out)) << run.out;
+    EXPECT_THAT(run.out, IsNewId());
     EXPECT_EQ(run.out, machine.Read("/etc/nelvoagentid") + "\n");
     EXPECT_EQ("", run.err);
     EXPECT_EQ(0, run.status);
@@ -255,7 +257,7 @@ TEST(AgentFile, WithoutIdIsReplacedAndKeepsItsMode)
     machine.SetMode("/etc/nelvoagentid", 0640);
     const run_t run = machine.Run();
 
-    EXPECT_TRUE(IsGeneratedId(run.out)) << run.out;
+    EXPECT_THAT(run.out, IsNewId());
     EXPECT_EQ(run.out, machine.Read("/etc/nelvoagentid") + "\n");
     EXPECT_EQ(0640u, machine.Mode("/etc/nelvoagentid"));
 }
@@ -269,7 +271,7 @@ TEST(AgentFile, UnreadableButWritableFileIsReplaced)
     const run_t run = machine.Run();
     machine.SetMode("/etc/nelvoagentid", 0600);
 
-    EXPECT_TRUE(IsGeneratedId(run.out)) << run.out;
+    EXPECT_THAT(run.out, IsNewId());
     EXPECT_NE(kPrinted, run.out);
     EXPECT_EQ(run.out, machine.Read("/etc/nelvoagentid") + "\n");
 }
@@ -291,7 +293,7 @@ TEST(AgentFile, FailedWriteIsNotNoticed)
     machine.FullDisk("/etc");
     const run_t run = machine.Run();
 
-    EXPECT_TRUE(IsGeneratedId(run.out)) << run.out;
+    EXPECT_THAT(run.out, IsNewId());
     EXPECT_EQ("", run.err);
     EXPECT_EQ(0, run.status);
 }
@@ -305,8 +307,8 @@ TEST(AgentFile, FailedWriteLeavesTheNextRunWithoutId)
     const std::string second = run.out.substr(2);
 
     EXPECT_EQ("0\n", run.out.substr(0, 2));
-    EXPECT_TRUE(IsGeneratedId(machine.Read("/tmp/first")));
-    EXPECT_TRUE(IsGeneratedId(second)) << second;
+    EXPECT_THAT(machine.Read("/tmp/first"), IsNewId());
+    EXPECT_THAT(second, IsNewId());
     EXPECT_NE(machine.Read("/tmp/first"), second);
     EXPECT_EQ(0, run.status);
 }

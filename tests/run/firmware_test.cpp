@@ -1,3 +1,4 @@
+#include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
 #include "tests/run/machine.h"
@@ -129,7 +130,7 @@ TEST(Firmware, MachineWithoutFirmwareGetsANewId)
     machine.Link("/fake/dmidecode", "/usr/sbin/dmidecode");
     const run_t run = machine.Run();
 
-    EXPECT_TRUE(IsGeneratedId(run.out)) << run.out;
+    EXPECT_THAT(run.out, IsNewId());
     EXPECT_EQ("", run.err);
     EXPECT_EQ(0, run.status);
 }

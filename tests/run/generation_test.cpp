@@ -1,3 +1,4 @@
+#include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
 #include "tests/run/machine.h"
@@ -8,7 +9,7 @@ TEST(Generation, NewIdIsKeptForTheNextRun)
     const run_t first = machine.Run();
     const run_t second = machine.Run();
 
-    EXPECT_TRUE(IsGeneratedId(first.out)) << first.out;
+    EXPECT_THAT(first.out, IsNewId());
     EXPECT_EQ(first.out, second.out);
     EXPECT_EQ(0, second.status);
 }
@@ -37,7 +38,7 @@ TEST(Generation, LostAgentFileMeansANewId)
     machine.Remove("/etc/nelvoagentid");
     const run_t second = machine.Run();
 
-    EXPECT_TRUE(IsGeneratedId(second.out)) << second.out;
+    EXPECT_THAT(second.out, IsNewId());
     EXPECT_NE(first.out, second.out);
 }
 
@@ -48,8 +49,8 @@ TEST(Generation, OneOfTwoRunsAtOnceIsTheLastWriter)
     const run_t run = machine.Shell("nelvoagentid > /tmp/one & nelvoagentid > /tmp/other; wait");
     const std::string stored = machine.Read("/etc/nelvoagentid") + "\n";
 
-    EXPECT_TRUE(IsGeneratedId(machine.Read("/tmp/one")));
-    EXPECT_TRUE(IsGeneratedId(machine.Read("/tmp/other")));
+    EXPECT_THAT(machine.Read("/tmp/one"), IsNewId());
+    EXPECT_THAT(machine.Read("/tmp/other"), IsNewId());
     EXPECT_TRUE(stored == machine.Read("/tmp/one") || stored == machine.Read("/tmp/other")) << stored;
     EXPECT_EQ("", run.err);
 }

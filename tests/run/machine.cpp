@@ -5,7 +5,6 @@
 #include <cstring>
 #include <filesystem>
 #include <iterator>
-#include <regex>
 #include <stdexcept>
 #include <sys/socket.h>
 #include <sys/stat.h>
@@ -238,9 +237,8 @@ run_t machine_t::Start(const std::string& program, const std::vector<std::string
     return RunPrivately(m_process);
 }
 
-bool IsGeneratedId(const std::string& text)
+testing::Matcher<std::string> IsNewId()
 {
-    static const std::regex kForm(
-        R"(\{[0-9a-f]{8}-[0-9a-f]{4}-4[0-9a-f]{3}-[89ab][0-9a-f]{3}-[0-9a-f]{12}\}\n)");
-    return std::regex_match(text, kForm);
+    return testing::MatchesRegex(
+        "\\{[0-9a-f]{8}-[0-9a-f]{4}-4[0-9a-f]{3}-[89ab][0-9a-f]{3}-[0-9a-f]{12}\\}\n");
 }

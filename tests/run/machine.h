@@ -15,6 +15,8 @@
 #include <string>
 #include <vector>
 
+#include <gmock/gmock.h>
+
 #include "tests/run/private_process.h"
 #include "tests/run/smbios_table.h"
 #include "tests/support/temp_folder.h"
@@ -93,5 +95,5 @@ private:
     std::vector<std::string> m_old_paths;
 };
 
-// True for the line of an id that the tool made itself: braced, lower case, version 4.
-bool IsGeneratedId(const std::string& text);
+// Matches the line of an id that the tool made itself: braced, lower case, version 4.
+testing::Matcher<std::string> IsNewId();

@@ -1,5 +1,6 @@
 #include <csignal>
 
+#include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
 #include "tests/run/machine.h"
@@ -77,7 +78,7 @@ TEST(Output, NewIdIsStoredBeforeItIsPrinted)
     const run_t good = machine.Run();
 
     EXPECT_EQ(1, failed.status);
-    EXPECT_TRUE(IsGeneratedId(good.out)) << good.out;
+    EXPECT_THAT(good.out, IsNewId());
     EXPECT_EQ(good.out, machine.Read("/etc/nelvoagentid") + "\n");
 }
 

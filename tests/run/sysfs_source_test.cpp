@@ -1,3 +1,4 @@
+#include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
 #include "tests/run/machine.h"
@@ -24,7 +25,7 @@ void ExpectNoId(machine_t& machine)
 {
     const run_t run = machine.Run();
 
-    EXPECT_TRUE(IsGeneratedId(run.out)) << run.out;
+    EXPECT_THAT(run.out, IsNewId());
     EXPECT_EQ(run.out, machine.Read("/etc/nelvoagentid") + "\n");
     EXPECT_EQ("", run.err);
     EXPECT_EQ(0, run.status);
