@@ -4,12 +4,23 @@
 #include <filesystem>
 #include <fstream>
 #include <sstream>
+#include <sys/statvfs.h>
 
 #include <gtest/gtest.h>
 
+namespace
+{
+
+bool CanStartProgramsFrom(const char* folder)
+{
+    struct statvfs info = {};
+    return ::statvfs(folder, &info) == 0 && (info.f_flag & ST_NOEXEC) == 0;
+}
+
+} // namespace
+
 temp_folder_t::temp_folder_t()
-    : m_path(std::filesystem::is_directory("/dev/shm") ? "/dev/shm/nelvo-test-XXXXXX"
-                                                       : "/tmp/nelvo-test-XXXXXX")
+    : m_path(CanStartProgramsFrom("/dev/shm") ? "/dev/shm/nelvo-test-XXXXXX" : "/tmp/nelvo-test-XXXXXX")
 {
     if (::mkdtemp(m_path.data()) == nullptr)
         ADD_FAILURE() << "no temporary folder " << m_path;

@@ -1,6 +1,7 @@
 #pragma once
 
-// A folder of a test's own, on tmpfs where there is one, removed with all that is in it.
+// A folder of a test's own, removed with all that is in it: on tmpfs, if one is there that programs can be
+// started from.
 
 #include <string>
 
