@@ -122,6 +122,7 @@ TEST(DmidecodeSource, ValueOfAnotherLengthIsNoId)
 TEST(DmidecodeSource, BracesAreNotAccepted)
 {
     EXPECT_EQ(kSysfsPrinted, PrintedWith("UUID: {00112233-4455-6677-8899-AABBCCDDEEFF}\n"));
+    EXPECT_EQ(kSysfsPrinted, PrintedWith("UUID: 00112233-4455-6677-8899-AABBCCDDEEFF}\n"));
 }
 
 TEST(DmidecodeSource, MissingDashIsNoId)

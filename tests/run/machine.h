@@ -41,7 +41,7 @@ public:
     // The real dmidecode, reading this table.
     void Firmware(const smbios_table_t& table);
 
-    // Anything else that stands on the machine. Folders above a path are created.
+    // Anything else that stands on the machine. File creates the folders above its path.
     void File(const std::string& path, const std::string& text);
     void HugeFile(const std::string& path, const std::string& head, off_t size); // zero bytes after the head
     void Folder(const std::string& path);
@@ -77,8 +77,8 @@ public:
     std::vector<std::string> NewPaths() const;
 
 private:
-    // Where a path of this machine stands. A link in it would lead to the real machine and is a
-    // std::logic_error; for a file, not its folders alone are held to that.
+    // Where a path of this machine stands on the real one, where its links would lead astray: a link among
+    // its folders is a std::logic_error; in FilePlace, the last name may be no link either.
     std::string Place(const std::string& path) const;
     std::string FilePlace(const std::string& path) const;
 

@@ -36,9 +36,9 @@ struct private_process_t
     std::string root;
     std::vector<mount_t> mounts;
 
-    std::string program; // path below the new root, as are the next two
-    std::vector<std::string> arguments;
+    std::string program; // this path and the next are below the new root
     std::string folder;
+    std::vector<std::string> arguments; // the first is the program's name
     std::vector<std::string> environment;
 
     uid_t user = 0; // and the group of the same number
