@@ -1,0 +1,73 @@
+"""Holds a built program against what is promised of the tool:  hardening.py READELF PROGRAM COMMANDS
+
+Position independent, all relocations read-only, stack not executable, stack protector and fortified calls
+inside, no search path for libraries, and no library needed but the C library. The libraries that are linked
+in bring protected calls of their own, so the compile commands (compile_commands.json) are read too: each
+source of the project is compiled with both.
+"""
+
+import json
+import os
+import re
+import subprocess
+import sys
+
+import tree
+
+_NEEDED = re.compile(r"\(NEEDED\)\s+Shared library: \[(.+)\]")
+_STACK = re.compile(r"^\s*GNU_STACK\s.*\s([RWE ]{3})\s+0x[0-9a-f]+$", re.MULTILINE)
+_ALLOWED = re.compile(r"libc\.so\.6|ld-linux-.*\.so\.\d+")
+
+# Defines functions of the C library, which fortified headers would define themselves.
+_UNFORTIFIED = "libc_overrides.cpp"
+
+
+def readelf(tool, *arguments):
+    return subprocess.run([tool, "--wide", *arguments], check=True, capture_output=True, text=True).stdout
+
+
+def program_faults(tool, program):
+    header = readelf(tool, "--file-header", program)
+    segments = readelf(tool, "--segments", program)
+    dynamic = readelf(tool, "--dynamic", program)
+    symbols = readelf(tool, "--dyn-syms", program)
+    stack = _STACK.search(segments)
+
+    faults = []
+    if not re.search(r"Type:\s+DYN", header) or not re.search(r"\(FLAGS_1\).*\bPIE\b", dynamic):
+        faults.append("is not position independent")
+    if "GNU_RELRO" not in segments:
+        faults.append("has no read-only relocations")
+    if not re.search(r"\bBIND_NOW\b", dynamic):
+        faults.append("binds lazily, so that not all relocations become read-only")
+    if not stack or "E" in stack[1]:
+        faults.append("has an executable stack")
+    if "(TEXTREL)" in dynamic:
+        faults.append("has relocations in its code")
+    if "__stack_chk_fail" not in symbols:
+        faults.append("has no stack protector")
+    if not re.search(r" __\w+_chk(@|$)", symbols.replace("__stack_chk", ""), re.MULTILINE):
+        faults.append("has no fortified call")
+    if re.search(r"\((RPATH|RUNPATH)\)", dynamic):
+        faults.append("has a search path for libraries")
+    faults += (f"needs {name}" for name in _NEEDED.findall(dynamic) if not _ALLOWED.fullmatch(name))
+    return [f"{program}: {fault}" for fault in faults]
+
+
+def command_faults(commands):
+    with open(commands, encoding="utf-8") as file:
+        entries = json.load(file)
+    for entry in entries:
+        arguments = entry["command"].split()
+        if "-fstack-protector-strong" not in arguments:
+            yield f"{entry['file']}: compiled without -fstack-protector-strong"
+        if "-D_FORTIFY_SOURCE=2" not in arguments and os.path.basename(entry["file"]) != _UNFORTIFIED:
+            yield f"{entry['file']}: compiled without -D_FORTIFY_SOURCE=2"
+
+
+def check(tool, program, commands):
+    return program_faults(tool, program) + list(command_faults(commands))
+
+
+if __name__ == "__main__":
+    tree.finish("hardening", check(*sys.argv[1:]))
