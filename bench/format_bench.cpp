@@ -8,6 +8,7 @@
 #include <fmt/format.h>
 
 #include "bench/support/figure.h"
+#include "bench/support/linear_figure.h"
 
 namespace
 {
@@ -81,33 +82,9 @@ void AddTwoIntegers()
                  });
 }
 
-std::string Template(std::size_t size, const std::string& piece)
-{
-    std::string text;
-    while (text.size() < size)
-        text += piece;
-    text.resize(size, '.');
-    return text;
-}
-
-std::size_t FormatTimes(int times, const std::string& format, const std::string& argument)
-{
-    std::size_t length = 0;
-    for (int i = 0; i != times; ++i)
-        length += util::Format(format, argument).size();
-    return length;
-}
-
-// The same number of bytes in one template and in sixteen: quadratic time would show as a ratio of 16.
 void AddLongTemplate(const std::string& name, const std::string& piece)
 {
-    constexpr std::size_t kMiB = std::size_t{1024} * 1024;
-    const std::string argument = "argument";
-    const std::string whole = Template(kMiB, piece);
-    const std::string part = Template(kMiB / 16, piece);
-    figure_t(name)
-        .Ours([whole, argument] { return FormatTimes(1, whole, argument); })
-        .Against("16 of 64 KiB", 3, [part, argument] { return FormatTimes(16, part, argument); });
+    AddLinearFigure(name, piece, [](const std::string& text) { return util::Format(text, "argument"); });
 }
 
 } // namespace
@@ -116,9 +93,9 @@ void AddFigures()
 {
     AddThreeStrings();
     AddTwoIntegers();
-    AddLongTemplate("1 MiB template", "Some text before the value [%1] and some behind it.\n");
-    AddLongTemplate("1 MiB of references", "%1");
-    AddLongTemplate("1 MiB of percents", "%");
-    AddLongTemplate("1 MiB of blanks behind percents", "%           ");
-    AddLongTemplate("1 MiB of digits", "1");
+    AddLongTemplate("template", "Some text before the value [%1] and some behind it.\n");
+    AddLongTemplate("template of references", "%1");
+    AddLongTemplate("template of percents", "%");
+    AddLongTemplate("template of percents and blanks", "%           ");
+    AddLongTemplate("template of digits behind a percent", "%" + std::string(4096, '1'));
 }
