@@ -50,12 +50,54 @@ reference_tt<Char> ReadReference(const Char* begin, const Char* end)
     constexpr std::ptrdiff_t kSafeDigits = 9;
     long number = 0;
     const Char* at = begin;
-    while (at != end && IsDigit(*at) && at - begin != kSafeDigits)
-        number = number * 10 + (*at++ - '0');
-    if (at != begin && (at == end || !IsDigit(*at)))
+    for (; at != end && IsDigit(*at); ++at)
+    {
+        if (at - begin == kSafeDigits)
+            return ReadByStrtol(begin, end);
+        number = number * 10 + (*at - '0');
+    }
+    if (at != begin)
         return {number, at};
     return ReadByStrtol(begin, end);
 }
+
+// Text that grows at its end. Made as large as it will nearly always become, so that appending is a copy.
+template <class Char>
+class output_tt
+{
+public:
+    explicit output_tt(std::size_t size) : m_text(size, Char()), m_at(m_text.data()) {}
+
+    void Append(const Char* text, std::size_t size)
+    {
+        if (Room() < size)
+            Grow(size);
+        std::char_traits<Char>::copy(m_at, text, size);
+        m_at += size;
+    }
+
+    void Append(std::basic_string_view<Char> text) { Append(text.data(), text.size()); }
+
+    std::basic_string<Char> Finish()
+    {
+        m_text.resize(Size());
+        return std::move(m_text);
+    }
+
+private:
+    std::size_t Size() const { return static_cast<std::size_t>(m_at - m_text.data()); }
+    std::size_t Room() const { return m_text.size() - Size(); }
+
+    void Grow(std::size_t size)
+    {
+        const std::size_t written = Size();
+        m_text.resize(written + size + m_text.size());
+        m_at = m_text.data() + written;
+    }
+
+    std::basic_string<Char> m_text;
+    Char* m_at;
+};
 
 template <class Char>
 std::size_t LengthOf(std::basic_string_view<Char> format, const text_arg_tt<Char>* args, std::size_t count)
@@ -70,9 +112,8 @@ template <class Char>
 std::basic_string<Char> SubstituteIn(std::basic_string_view<Char> format, const text_arg_tt<Char>* args,
                                      std::size_t count)
 {
-    std::basic_string<Char> result;
-    result.reserve(LengthOf(format, args, count));
-
+    constexpr Char kPercent[] = {Char('%')};
+    output_tt<Char> output(LengthOf(format, args, count));
     const Char* at = format.data();
     const Char* const end = at + format.size();
     for (;;)
@@ -80,21 +121,29 @@ std::basic_string<Char> SubstituteIn(std::basic_string_view<Char> format, const 
         const auto rest = static_cast<std::size_t>(end - at);
         const Char* const percent = rest != 0 ? std::char_traits<Char>::find(at, rest, Char('%')) : nullptr;
         if (percent == nullptr)
-            return result.append(at, rest);
-        result.append(at, percent);
+        {
+            output.Append(at, rest);
+            return output.Finish();
+        }
+        output.Append(at, static_cast<std::size_t>(percent - at));
         at = percent + 1;
 
         const auto reference = ReadReference(at, end);
         if (reference.end == nullptr)
         {
-            result += Char('%');
+            output.Append(kPercent, 1);
             continue;
         }
         at = reference.end;
         if (reference.number >= 1 && static_cast<std::size_t>(reference.number) <= count)
-            result += args[reference.number - 1].text();
+        {
+            output.Append(args[reference.number - 1].text());
+        }
         else
-            (result += Char('%')) += text_arg_tt<Char>(reference.number).text();
+        {
+            output.Append(kPercent, 1);
+            output.Append(text_arg_tt<Char>(reference.number).text());
+        }
     }
 }
 

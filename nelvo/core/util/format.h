@@ -34,12 +34,15 @@ public:
 
     explicit text_arg_tt(view_t text) : m_text(text) {}
     explicit text_arg_tt(const Char* text) : m_text(text != nullptr ? view_t(text) : Null()) {}
-    explicit text_arg_tt(Char value) : m_text(m_buffer.data(), 1) { m_buffer[0] = value; }
 
+    // Characters of other kinds and enumerations are refused, lest one silently become a number and the
+    // other a character.
     template <class Value, std::enable_if_t<std::is_arithmetic_v<Value>, int> = 0>
     explicit text_arg_tt(Value value)
     {
-        if constexpr (std::is_same_v<Value, bool>)
+        if constexpr (std::is_same_v<Value, Char>)
+            SetCharacter(value);
+        else if constexpr (std::is_same_v<Value, bool>)
             Set(value ? "true" : "false");
         else
             SetNumber(value);
@@ -58,21 +61,42 @@ private:
         return view_t(kNull, std::size(kNull));
     }
 
+    void SetCharacter(Char value)
+    {
+        m_buffer[0] = value;
+        m_text = view_t(m_buffer.data(), 1);
+    }
+
     template <class Value>
     void SetNumber(Value value)
     {
-        std::array<char, kBufferSize> digits;
-        char* const first = digits.data();
-        char* const last = first + digits.size();
-        if constexpr (std::is_floating_point_v<Value>)
-            Set({first, Length(first, std::to_chars(first, last, value, std::chars_format::general, 6))});
+        static_assert(!std::is_same_v<Value, char> && !std::is_same_v<Value, wchar_t> &&
+                          !std::is_same_v<Value, char16_t> && !std::is_same_v<Value, char32_t>,
+                      "a character of another kind than the text's");
+        if constexpr (std::is_same_v<Char, char>)
+        {
+            m_text = Written(value, m_buffer);
+        }
         else
-            Set({first, Length(first, std::to_chars(first, last, value))});
+        {
+            std::array<char, kBufferSize> digits;
+            Set(Written(value, digits));
+        }
     }
 
-    static std::size_t Length(const char* first, std::to_chars_result result)
+    static constexpr std::size_t kBufferSize = 24;
+
+    template <class Value>
+    static std::string_view Written(Value value, std::array<char, kBufferSize>& buffer)
     {
-        return static_cast<std::size_t>(result.ptr - first);
+        char* const first = buffer.data();
+        char* const last = first + buffer.size();
+        std::to_chars_result result{};
+        if constexpr (std::is_floating_point_v<Value>)
+            result = std::to_chars(first, last, value, std::chars_format::general, 6);
+        else
+            result = std::to_chars(first, last, value);
+        return {first, static_cast<std::size_t>(result.ptr - first)};
     }
 
     void Set(std::string_view ascii)
@@ -81,8 +105,6 @@ private:
             m_buffer[i] = static_cast<Char>(ascii[i]);
         m_text = view_t(m_buffer.data(), ascii.size());
     }
-
-    static constexpr std::size_t kBufferSize = 24;
 
     view_t m_text;
     std::array<Char, kBufferSize> m_buffer;
