@@ -126,6 +126,8 @@ char* WriteCodePoint(char* at, char32_t code)
 
 } // namespace
 
+// The C functions end at a zero character, so what follows one is lost without a failure, both ways.
+// Kept: WideToMultibyte.StopsAtAZeroCharacter
 std::string WideToMultibyte(std::wstring_view text)
 {
     const std::wstring source(text);

@@ -1,0 +1,25 @@
+#pragma once
+
+// What a conversion says when it fails.
+
+#include <string>
+
+#include <gtest/gtest.h>
+
+#include "nelvo/core/exc/runtime_exc.h"
+
+// The text of the exc::runtime_exc_t that the call throws, whose code must be 0; "no failure" if none.
+template <class Call>
+std::string FailureText(Call call)
+{
+    try
+    {
+        call();
+    }
+    catch (const exc::runtime_exc_t& e)
+    {
+        EXPECT_EQ(0u, e.GetErrorCode());
+        return e.what();
+    }
+    return "no failure";
+}
