@@ -1,0 +1,62 @@
+#include "nelvo/core/util/to_text.h"
+
+#include <array>
+#include <charconv>
+
+namespace util
+{
+
+std::string HexDigits(std::uint32_t value, std::size_t bytes)
+{
+    constexpr std::string_view kDigits = "0123456789abcdef";
+    std::string text(bytes * 2, '0');
+    for (auto at = text.rbegin(); at != text.rend(); ++at, value >>= 4U)
+        *at = kDigits[value & 0xFU];
+    return text;
+}
+
+std::string GroupDigits(std::string_view number)
+{
+    const std::size_t sign = !number.empty() && number.front() == '-' ? 1 : 0;
+    std::string text;
+    text.reserve(number.size() + number.size() / 3);
+    for (std::size_t i = 0; i != number.size(); ++i)
+    {
+        if (i > sign && (number.size() - i) % 3 == 0)
+            text += ',';
+        text += number[i];
+    }
+    return text;
+}
+
+// The unit follows from the count alone, so a count just below a GiB or a TiB rounds up to "1024.000" of the
+// unit below and is not carried into the next one.
+// Kept: SizeText.RoundingDoesNotCarryIntoTheNextUnit
+std::string SizeText(std::uint64_t bytes)
+{
+    constexpr std::uint64_t kStep = 1024;
+    if (bytes < kStep)
+        return ToText(bytes);
+
+    constexpr std::array<std::string_view, 4> kUnits = {" KiB", " MiB", " GiB", " TiB"};
+    constexpr double kPerStep = 0.0009765625;
+    double number = static_cast<double>(bytes) * kPerStep;
+    std::size_t unit = 0;
+    for (std::uint64_t limit = kStep * kStep; bytes >= limit && unit + 1 != kUnits.size(); limit *= kStep)
+    {
+        number *= kPerStep;
+        ++unit;
+    }
+
+    std::array<char, 32> digits{};
+    const auto end = std::to_chars(digits.begin(), digits.end(), number, std::chars_format::fixed, 3).ptr;
+    return std::string(digits.data(), end).append(kUnits[unit]);
+}
+
+std::wstring WideSizeText(std::uint64_t bytes)
+{
+    const std::string text = SizeText(bytes);
+    return {text.begin(), text.end()};
+}
+
+} // namespace util
