@@ -36,6 +36,11 @@ class Mirror(unittest.TestCase):
                          self.faults({"tests/core/CMakeLists.txt": "guid_test.cpp guids_test.cpp",
                                       "tests/core/guids_test.cpp": ""}))
 
+    def test_a_program_of_its_own_may_stand_beside_a_test(self):
+        self.assertEqual([], self.faults({
+            "tests/core/CMakeLists.txt": "guid_test.cpp guid_no_random_test.cpp",
+            "tests/core/guid_no_random_test.cpp": ""}))
+
     def test_a_test_that_is_not_compiled_is_a_fault(self):
         self.assertEqual(["tests/core/guid_test.cpp: its folder's CMakeLists.txt does not name it"],
                          self.faults({"tests/core/CMakeLists.txt": "nelvo_add_tests(t old_guid_test.cpp)"}))
