@@ -57,21 +57,44 @@ void Check(bool good, const char* what)
         throw std::runtime_error(std::string(what) + ": " + std::strerror(errno));
 }
 
-void EnterOwnNamespace(const std::string& folder)
+// The mount namespace, and the folder on tmpfs that all of it stands in.
+class own_namespace_t
 {
-    namespace fs = std::filesystem;
-    Check(::unshare(CLONE_NEWNS) == 0, "unshare");
-    Check(::mount(nullptr, "/", nullptr, MS_REC | MS_PRIVATE, nullptr) == 0, "mount private");
-    Check(::mount("tmpfs", folder.c_str(), "tmpfs", 0, nullptr) == 0, "mount tmpfs");
-    const std::string etc = folder + "/etc";
-    fs::copy("/etc", etc,
-             fs::copy_options::recursive | fs::copy_options::copy_symlinks | fs::copy_options::skip_existing);
-    std::ofstream(etc + "/nelvoagentid") << kAgentId;
-    if (!fs::exists(etc + "/machine-id"))
-        std::ofstream(etc + "/machine-id") << "9fd5a6c42c1e4f3a8a709f0d3b6a5e21\n";
-    Check(::mount(etc.c_str(), "/etc", nullptr, MS_BIND, nullptr) == 0, "mount /etc");
-    fs::current_path(folder);
-}
+public:
+    own_namespace_t()
+    {
+        Check(::mkdtemp(m_folder.data()) != nullptr, "mkdtemp");
+        Check(::unshare(CLONE_NEWNS) == 0, "unshare");
+        Check(::mount(nullptr, "/", nullptr, MS_REC | MS_PRIVATE, nullptr) == 0, "mount private");
+        Check(::mount("tmpfs", m_folder.c_str(), "tmpfs", 0, nullptr) == 0, "mount tmpfs");
+        ReplaceEtc(m_folder + "/etc");
+        std::filesystem::current_path(m_folder);
+    }
+
+    ~own_namespace_t()
+    {
+        std::error_code ignored;
+        std::filesystem::current_path("/", ignored);
+        ::umount2(m_folder.c_str(), MNT_DETACH);
+        ::rmdir(m_folder.c_str());
+    }
+
+    own_namespace_t(const own_namespace_t&) = delete;
+    own_namespace_t& operator=(const own_namespace_t&) = delete;
+
+private:
+    static void ReplaceEtc(const std::string& etc)
+    {
+        namespace fs = std::filesystem;
+        fs::copy("/etc", etc, fs::copy_options::recursive | fs::copy_options::copy_symlinks);
+        std::ofstream(etc + "/nelvoagentid") << kAgentId;
+        if (!fs::exists(etc + "/machine-id"))
+            std::ofstream(etc + "/machine-id") << "9fd5a6c42c1e4f3a8a709f0d3b6a5e21\n";
+        Check(::mount(etc.c_str(), "/etc", nullptr, MS_BIND, nullptr) == 0, "mount /etc");
+    }
+
+    std::string m_folder = "/dev/shm/nelvo-bench-XXXXXX";
+};
 
 char* const* Arguments(const program_t& program)
 {
@@ -195,9 +218,7 @@ try
         throw std::runtime_error("usage: tool_bench --benchmark_out=FILE");
     std::ofstream out(argv[1] + option.size());
 
-    std::string folder = "/tmp/nelvo-bench-XXXXXX";
-    Check(::mkdtemp(folder.data()) != nullptr, "mkdtemp");
-    EnterOwnNamespace(folder);
+    const own_namespace_t own_namespace;
     CheckThatTheToolFindsItsFile();
     PrintAll(out, RunInTurns());
     return out.good() ? 0 : 1;
