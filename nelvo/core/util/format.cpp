@@ -1,6 +1,8 @@
 #include "nelvo/core/util/format.h"
 
+#include <cstdint>
 #include <cstdlib>
+#include <cstring>
 #include <cwchar>
 #include <cwctype>
 
@@ -61,89 +63,118 @@ reference_tt<Char> ReadReference(const Char* begin, const Char* end)
     return ReadByStrtol(begin, end);
 }
 
-// Text that grows at its end. Made as large as it will nearly always become, so that appending is a copy.
+// The text while it grows: on the stack as long as it is short, so that nearly every result is one allocation
+// of its own size.
 template <class Char>
-class output_tt
+class result_tt
 {
 public:
-    explicit output_tt(std::size_t size) : m_text(size, Char()), m_at(m_text.data()) {}
+    result_tt() = default;
+    result_tt(const result_tt&) = delete;
+    result_tt& operator=(const result_tt&) = delete;
 
-    void Append(const Char* text, std::size_t size)
+    void Append(std::basic_string_view<Char> text)
     {
-        if (Room() < size)
-            Grow(size);
-        std::char_traits<Char>::copy(m_at, text, size);
-        m_at += size;
+        MakeRoom(text.size());
+        std::char_traits<Char>::copy(m_end, text.data(), text.size());
+        m_end += text.size();
     }
 
-    void Append(std::basic_string_view<Char> text) { Append(text.data(), text.size()); }
-
-    std::basic_string<Char> Finish()
+    // Appends what stands before the next % and returns where that is, or the end. The pieces between
+    // references are too short for a search and a copy to pay.
+    const Char* AppendToPercent(const Char* at, const Char* end)
     {
-        m_text.resize(Size());
-        return std::move(m_text);
+        MakeRoom(static_cast<std::size_t>(end - at));
+        Char* out = m_end;
+        if constexpr (sizeof(Char) == 1)
+            CopyBlocks(at, end, out);
+        while (at != end && *at != Char('%'))
+            *out++ = *at++;
+        m_end = out;
+        return at;
+    }
+
+    std::basic_string<Char> Take()
+    {
+        if (m_begin == m_short)
+            return {m_begin, m_end};
+        m_long.resize(static_cast<std::size_t>(m_end - m_begin));
+        return std::move(m_long);
     }
 
 private:
-    std::size_t Size() const { return static_cast<std::size_t>(m_at - m_text.data()); }
-    std::size_t Room() const { return m_text.size() - Size(); }
+    // Eight bytes a step, as long as none of them is a %.
+    static void CopyBlocks(const char*& at, const char* end, char*& out)
+    {
+        for (std::uint64_t block = 0; end - at >= 8; at += 8, out += 8)
+        {
+            std::memcpy(&block, at, 8);
+            if (HasPercent(block))
+                break;
+            std::memcpy(out, &block, 8);
+        }
+    }
+
+    static bool HasPercent(std::uint64_t block)
+    {
+        constexpr std::uint64_t kOnes = 0x0101010101010101;
+        const std::uint64_t zero_for_percent = block ^ (kOnes * '%');
+        return ((zero_for_percent - kOnes) & ~zero_for_percent & (kOnes * 0x80)) != 0;
+    }
+
+    void MakeRoom(std::size_t size)
+    {
+        if (size > static_cast<std::size_t>(m_limit - m_end))
+            Grow(size);
+    }
 
     void Grow(std::size_t size)
     {
-        const std::size_t written = Size();
-        m_text.resize(written + size + m_text.size());
-        m_at = m_text.data() + written;
+        const auto used = static_cast<std::size_t>(m_end - m_begin);
+        if (m_begin == m_short)
+            m_long.assign(m_begin, m_end);
+        m_long.resize(2 * used + size);
+        m_begin = m_long.data();
+        m_end = m_begin + used;
+        m_limit = m_begin + m_long.size();
     }
 
-    std::basic_string<Char> m_text;
-    Char* m_at;
-};
+    static constexpr std::size_t kShortSize = 512;
 
-template <class Char>
-std::size_t LengthOf(std::basic_string_view<Char> format, const text_arg_tt<Char>* args, std::size_t count)
-{
-    std::size_t length = format.size();
-    for (std::size_t i = 0; i != count; ++i)
-        length += args[i].text().size();
-    return length;
-}
+    Char m_short[kShortSize]; // only what was appended is ever read
+    std::basic_string<Char> m_long;
+    Char* m_begin = m_short;
+    Char* m_end = m_short;
+    Char* m_limit = m_short + kShortSize;
+};
 
 template <class Char>
 std::basic_string<Char> SubstituteIn(std::basic_string_view<Char> format, const text_arg_tt<Char>* args,
                                      std::size_t count)
 {
-    constexpr Char kPercent[] = {Char('%')};
-    output_tt<Char> output(LengthOf(format, args, count));
+    constexpr Char kPercent[] = {'%'};
+    result_tt<Char> result;
     const Char* at = format.data();
     const Char* const end = at + format.size();
     for (;;)
     {
-        const auto rest = static_cast<std::size_t>(end - at);
-        const Char* const percent = rest != 0 ? std::char_traits<Char>::find(at, rest, Char('%')) : nullptr;
-        if (percent == nullptr)
-        {
-            output.Append(at, rest);
-            return output.Finish();
-        }
-        output.Append(at, static_cast<std::size_t>(percent - at));
-        at = percent + 1;
-
-        const auto reference = ReadReference(at, end);
+        at = result.AppendToPercent(at, end);
+        if (at == end)
+            return result.Take();
+        const auto reference = ReadReference(++at, end);
         if (reference.end == nullptr)
         {
-            output.Append(kPercent, 1);
+            result.Append({kPercent, 1});
             continue;
         }
         at = reference.end;
         if (reference.number >= 1 && static_cast<std::size_t>(reference.number) <= count)
         {
-            output.Append(args[reference.number - 1].text());
+            result.Append(args[reference.number - 1].text());
+            continue;
         }
-        else
-        {
-            output.Append(kPercent, 1);
-            output.Append(text_arg_tt<Char>(reference.number).text());
-        }
+        result.Append({kPercent, 1});
+        result.Append(text_arg_tt<Char>(reference.number).text());
     }
 }
 
