@@ -1,0 +1,152 @@
+#include "nelvo/logging/log.h"
+
+#include <exception>
+#include <ios>
+#include <mutex>
+#include <utility>
+
+#include <boost/make_shared.hpp>
+
+#include "nelvo/core/exc/runtime_exc.h"
+
+namespace logging
+{
+namespace
+{
+
+using lock_t = std::lock_guard<boost::recursive_mutex>;
+
+constexpr std::int32_t kMessagesBetweenChecks = 999;
+constexpr std::size_t kMostKeptMemory = 65536;
+
+class flag_guard_t
+{
+public:
+    explicit flag_guard_t(bool& flag) : m_flag(flag) { m_flag = true; }
+    ~flag_guard_t() { m_flag = false; }
+    flag_guard_t(const flag_guard_t&) = delete;
+    flag_guard_t& operator=(const flag_guard_t&) = delete;
+
+private:
+    bool& m_flag;
+};
+
+} // namespace
+
+log_t::log_t(receiver_ptr_t receiver) : m_receiver(std::move(receiver)) {}
+
+void log_t::write(std::int32_t severity, std::int32_t indent, const format_ptr_t& format,
+                  std::string_view text)
+try
+{
+    const lock_t lock(m_mutex);
+    if (m_closed.load(std::memory_order_relaxed) || !m_receiver || !format)
+        return;
+    WriteLines(severity, indent, *format, text);
+    CountMessage();
+}
+catch (std::exception&)
+{
+    // Dropped as promised; there is nowhere to report it.
+}
+
+void log_t::set_receiver(const receiver_ptr_t& receiver)
+{
+    const lock_t lock(m_mutex);
+    m_receiver = receiver;
+}
+
+log_t::receiver_ptr_t log_t::get_receiver() const
+{
+    const lock_t lock(m_mutex);
+    return m_receiver;
+}
+
+void log_t::set_line_filter(const filter_ptr_t& filter)
+{
+    const lock_t lock(m_mutex);
+    m_line_filter = filter;
+}
+
+log_t::filter_ptr_t log_t::get_line_filter() const
+{
+    const lock_t lock(m_mutex);
+    return m_line_filter;
+}
+
+void log_t::set_size_check(bool on)
+{
+    const lock_t lock(m_mutex);
+    m_size_check = on;
+}
+
+void log_t::set_mask_sensitive(bool on)
+{
+    const lock_t lock(m_mutex);
+    m_mask_sensitive.store(on, std::memory_order_relaxed);
+}
+
+std::string log_t::get_log_path() const
+{
+    const lock_t lock(m_mutex);
+    if (!m_receiver)
+        throw exc::runtime_exc_t("Value of the log path is unavailable: log is not initialized yet.");
+    return m_receiver->get_path();
+}
+
+std::int32_t log_t::get_indent() const
+{
+    const std::int32_t* const indent = m_indent.get();
+    return indent != nullptr ? *indent : 0;
+}
+
+void log_t::raise_indent()
+{
+    if (m_indent.get() == nullptr)
+        m_indent.reset(new std::int32_t(0));
+    ++*m_indent;
+}
+
+void log_t::lower_indent()
+{
+    std::int32_t* const indent = m_indent.get();
+    if (indent != nullptr && *indent > 0)
+        --*indent;
+}
+
+// Receiver and filter are held for the call, as either may log, and replace itself, from inside it. Such a
+// message finds m_spare empty and takes memory of its own.
+void log_t::WriteLines(std::int32_t severity, std::int32_t indent, const format::line_format_t& format,
+                       std::string_view text)
+{
+    const receiver_ptr_t receiver = m_receiver;
+    const filter_ptr_t filter = m_line_filter;
+    const std::string eol = receiver->get_eol();
+
+    std::string lines;
+    lines.swap(m_spare);
+    lines.clear();
+    format::append_lines(lines, format, get_mode(), severity, indent, eol, text, filter.get());
+    receiver->write(lines);
+    if (lines.capacity() <= kMostKeptMemory)
+        lines.swap(m_spare);
+}
+
+void log_t::CountMessage()
+{
+    if (!m_size_check || ++m_lines_since_check <= kMessagesBetweenChecks || m_checking_size)
+        return;
+    const flag_guard_t checking(m_checking_size);
+    check_size();
+    m_lines_since_check = 0;
+}
+
+boost::shared_ptr<log_t> GetProcessLog()
+{
+    // Standard output must outlive the log, whose receiver may print at exit.
+    static const std::ios_base::Init streams;
+    static const boost::shared_ptr<log_t> log = boost::make_shared<log_t>();
+    return log;
+}
+
+} // namespace logging

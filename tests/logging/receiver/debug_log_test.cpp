@@ -1,0 +1,25 @@
+#include "nelvo/logging/receiver/debug_log.h"
+
+#include <boost/make_shared.hpp>
+#include <gtest/gtest.h>
+
+#include "nelvo/logging/log.h"
+#include "nelvo/logging/log_channel.h"
+#include "tests/support/stdout_capture.h"
+
+TEST(DebugLog, HasNoPathAndNoSize)
+{
+    const logging::receiver::COutputDebugStringLog receiver;
+    EXPECT_EQ("", receiver.get_path());
+    EXPECT_EQ("\n", receiver.get_eol());
+    EXPECT_EQ(0u, receiver.get_size());
+}
+
+TEST(DebugLog, SwallowsMessages)
+{
+    const stdout_capture_t captured;
+    const auto log =
+        boost::make_shared<logging::log_t>(boost::make_shared<logging::receiver::COutputDebugStringLog>());
+    logging::log_channel_t("dbg", log).error("text");
+    EXPECT_EQ("", captured.text());
+}
