@@ -6,7 +6,9 @@
 #include "nelvo/core/exc/runtime_exc.h"
 #include "nelvo/logging/channels.h"
 #include "nelvo/logging/log.h"
+#include "nelvo/logging/receiver/log_start.h"
 #include "tests/support/lines_receiver.h"
+#include "tests/support/stdout_capture.h"
 
 namespace
 {
@@ -163,4 +165,21 @@ TEST_F(SizeCheck, MessagesOnDbgDoNotCountInTheProcessLog)
     EXPECT_EQ(0, m_checks);
     logging::channels::cli.info("a");
     EXPECT_EQ(1, m_checks);
+}
+
+TEST_F(SizeCheck, StartOfTheLogTurnsItOnOrOff)
+{
+    const stdout_capture_t captured;
+    const auto log_many = []
+    {
+        for (int i = 0; i != 1000; ++i)
+            logging::channels::default_log.info("a");
+    };
+    logging::start_log("", false, false, true);
+    log_many();
+    EXPECT_EQ(1, m_checks);
+    logging::start_log("", false, false, false);
+    log_many();
+    EXPECT_EQ(1, m_checks);
+    logging::GetProcessLog()->set_receiver({});
 }
