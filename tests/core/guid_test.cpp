@@ -8,7 +8,7 @@
 #include <gtest/gtest.h>
 
 #include "nelvo/core/exc/runtime_exc.h"
-#include "tests/support/failing_new.h"
+#include "tests/support/failing_memory.h"
 
 namespace
 {
@@ -94,7 +94,7 @@ TEST(Guid, ParseFailureCarriesToStringsText)
 {
     const auto parse = []
     {
-        const fail_next_new_t no_memory;
+        FailNextAllocation();
         Guid::Parse(kText);
     };
     EXPECT_EQ("std::bad_alloc\nFailed to convert GUID to AString.", FailureOf(parse));
@@ -105,7 +105,7 @@ TEST(Guid, ToStringFailureCarriesItsContext)
     const Guid value = Value();
     const auto print = [&value]
     {
-        const fail_next_new_t no_memory;
+        FailNextAllocation();
         value.ToString();
     };
     EXPECT_EQ("std::bad_alloc\nFailed to convert GUID to AString.", FailureOf(print));
@@ -132,7 +132,7 @@ TEST(Guid, ToWStringFailureCarriesItsContext)
     const Guid value = Value();
     const auto convert = [&value]
     {
-        const fail_next_new_t no_memory;
+        FailNextAllocation();
         value.ToWString();
     };
     EXPECT_EQ("std::bad_alloc\nFailed to convert GUID to WString.", FailureOf(convert));
