@@ -12,6 +12,8 @@
 #include "nelvo/core/exc/runtime_exc.h"
 #include "nelvo/core/util/text.h"
 #include "nelvo/fs/file_utils.h"
+#include "nelvo/logging/progress_scope.h"
+#include "tool/agent_log.h"
 #include "tool/command_line.h"
 
 namespace
@@ -22,6 +24,7 @@ const char kSysfsSource[] = "/sys/class/dmi/id/product_uuid";
 const char kDmidecodeSource[] = "dmidecode 2> /dev/null | grep -i uuid";
 
 constexpr std::size_t kUuidSize = 36;
+constexpr std::size_t kBannerSize = 74;
 
 struct pipe_closer_t
 {
@@ -72,6 +75,7 @@ void StoreAgentId(const Guid& id)
 
 Guid GenerateAgentId()
 {
+    agent_log.info("Generate new nelvo agent id");
     util::CreateParentFolders(kAgentFile);
     const Guid id = Guid::Generate();
     StoreAgentId(id);
@@ -92,16 +96,42 @@ void RunAgentIdTool(int argc, const char* const argv[])
     if (::geteuid() != 0)
         throw exc::runtime_exc_t("Permission denied");
     InitToolCommandLine(argc, argv);
+    agent_log.detail(std::string(kBannerSize, '/'));
+    agent_log.detail("name: %1", argv[0]);
 
     Guid id;
     if (!FindExistingAgentId(id))
         id = GenerateAgentId();
+    agent_log.info("Agent id: %1", id.ToString());
     PrintAgentId(id);
 }
 
 bool FindExistingAgentId(Guid& out)
 {
-    return LookUuidInFile(kAgentFile, out) || GetDmidecodeAgentId(out) || GetSysfsAgentId(out);
+    progress_scope_t scope(agent_log, "Looking for existed agentId");
+    if (LookUuidInFile(kAgentFile, out))
+    {
+        scope.close_with("Existed agentId found in agent file");
+        return true;
+    }
+    agent_log.info("Existed agentId was not found in agent file");
+
+    if (GetDmidecodeAgentId(out))
+    {
+        scope.close_with("Existed agentId found by dmidecode");
+        return true;
+    }
+    agent_log.info("Existed agentId was not found by dmidecode");
+
+    if (GetSysfsAgentId(out))
+    {
+        scope.close_with("Existed agentId found in sysfs");
+        return true;
+    }
+    agent_log.info("Existed agentId was not found in sysfs");
+
+    scope.close_with("Existed agentId was not found");
+    return false;
 }
 
 bool LookUuidInFile(const std::string& path, Guid& out)
@@ -112,8 +142,11 @@ try
     out = Guid::Parse(ReadFirstFileToken(path));
     return !out.IsNull();
 }
-catch (std::exception&)
+catch (std::exception& e)
 {
+    // The blank at the end belongs to the text.
+    // Kept: RunLog.FailedLookUpEndsItsMessageInABlank
+    agent_log.error_exc(e, "Failed to look uuid in file: %1 ", path);
     return false;
 }
 
@@ -136,8 +169,17 @@ bool GetDmidecodeAgentId(Guid& out)
     const std::string value = ParseDmidecodeLine(ReadFirstLine(pipe.get()));
     pipe.reset();
 
-    if (value.size() != kUuidSize || !HasUuidDashes(value))
+    if (value.size() != kUuidSize)
+    {
+        agent_log.warning(
+            "Failed to parse system UUID: Failed to execute 'dmidecode | grep -i uuid' command.");
         return false;
+    }
+    if (!HasUuidDashes(value))
+    {
+        agent_log.warning("Failed to parse system UUID: Incorrect format of UUID string.");
+        return false;
+    }
     return TakeFirmwareId(Guid::Parse(value), out);
 }
 

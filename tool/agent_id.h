@@ -9,7 +9,7 @@
 // Firmware writes an id in record byte order, so an id from dmidecode or sysfs has the bytes of its first
 // three groups reversed before it is printed. The agent file's id is printed as it stands.
 //
-// All of this runs on one thread.
+// Each step is logged in agent_log. All of this runs on one thread.
 
 #include <string>
 
@@ -25,7 +25,8 @@ void RunAgentIdTool(int argc, const char* const argv[]);
 bool FindExistingAgentId(Guid& out);
 
 // The id in a file: its first token, parsed by Guid::Parse and assigned to out. False if the path does not
-// exist, or if the token is missing, bad or all zero. Lets no std::exception out: a failure is false too.
+// exist, or if the token is missing, bad or all zero. Lets no std::exception out: a failure is logged, and is
+// false too.
 bool LookUuidInFile(const std::string& path, Guid& out);
 
 // The first token of a file, delimited by white space; empty if it has none. Throws posix::errno_exc_t with

@@ -5,11 +5,14 @@
 #include <boost/program_options.hpp>
 
 #include "nelvo/core/exc/rethrow.h"
+#include "nelvo/logging/receiver/log_start.h"
 
 namespace options = boost::program_options;
 
-void InitToolCommandLine(int argc, const char* const argv[])
-try
+namespace
+{
+
+std::string ReadLogName(int argc, const char* const argv[])
 {
     options::options_description description("Command line options");
     description.add_options()("log,l", options::value<std::string>(), "log file name");
@@ -24,6 +27,16 @@ try
                        .style(0)
                        .run(),
                    values);
+    const auto log = values.find("log");
+    return log != values.end() ? boost::any_cast<std::string>(log->second.value()) : "nelvoagentid.log";
+}
+
+} // namespace
+
+void InitToolCommandLine(int argc, const char* const argv[])
+try
+{
+    logging::start_log(ReadLogName(argc, argv), false, false, true);
 }
 catch (std::exception& e)
 {
