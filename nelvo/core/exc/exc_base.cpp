@@ -40,8 +40,10 @@ void exc_base_t::Rethrow() const { throw exc_base_t(*this); }
 
 void exc_base_t::Translate(ITranslator& translator)
 {
-    for (exc_entry_t& entry : m_entries)
+    std::vector<exc_entry_t> translated = m_entries;
+    for (exc_entry_t& entry : translated)
         entry.text = translator.Translate(entry.text);
+    m_entries.swap(translated);
     RebuildTexts();
 }
 

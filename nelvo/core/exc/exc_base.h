@@ -7,7 +7,7 @@
 // An exception belongs to one thread at a time. Clone and Rethrow carry one to another thread: a worker
 // hands over a clone, the receiver calls Rethrow. The thread id stays that of the thread of origin.
 //
-// No operation here throws but for std::bad_alloc, and Rethrow.
+// Nothing here throws but std::bad_alloc, Rethrow, and Translate what its translator throws.
 
 #include <cstdint>
 #include <exception>
@@ -15,6 +15,7 @@
 #include <pthread.h>
 #include <string>
 #include <string_view>
+#include <type_traits>
 #include <utility>
 #include <vector>
 
@@ -76,7 +77,8 @@ public:
     // Throws a copy of the type that the class says, exc_base_t here.
     [[noreturn]] virtual void Rethrow() const;
 
-    // Replaces the text of each message line by what the translator gives for it.
+    // Replaces the text of each message line by what the translator gives for it. If that throws, all lines
+    // stay as they were.
     virtual void Translate(ITranslator& translator);
 
     // Append one line. The plain form takes the text as it is, without substitution.
@@ -90,7 +92,8 @@ public:
         AddMessage(util::Format(format, args...));
     }
 
-    // Append an event to the trace. Codes are 1 to 6.
+    // Append an event to the trace, with empty info if none is given. Any code is taken here; codes other
+    // than 1 to 6 do not survive the buffer form.
     void AddEvent(std::int32_t code);
     void AddEvent(std::int32_t code, std::string info);
 

@@ -7,6 +7,8 @@
 //   throw exc::runtime_exc_t("Failed to open file [%1].", path);
 //   throw exc::runtime_exc_t("Out of range.", exc::error_code_t{34});
 
+#include <type_traits>
+
 #include "nelvo/core/exc/exc_base.h"
 
 namespace exc

@@ -5,8 +5,25 @@
 #include <gtest/gtest.h>
 
 #include "nelvo/core/exc/runtime_exc.h"
+#include "tests/core/exc/copies.h"
 
 using posix::errno_exc_t;
+
+namespace
+{
+
+errno_exc_t Failure()
+{
+    return Detailed([] { return errno_exc_t("message", ENOENT); });
+}
+
+void ExpectFailure(const errno_exc_t& original, const exc::exc_base_t& copy)
+{
+    ExpectCopyOf<errno_exc_t>(original, copy);
+    EXPECT_EQ(static_cast<std::uint32_t>(ENOENT), dynamic_cast<const errno_exc_t&>(copy).GetErrorCode());
+}
+
+} // namespace
 
 TEST(ErrnoExc, SystemTextIsTheFirstLineAndTheMessageTheSecond)
 {
@@ -47,31 +64,20 @@ TEST(ErrnoExc, NegativeNumberIsKeptInThirtyTwoBits)
 
 TEST(ErrnoExc, CloneIsAPlainBaseObject)
 {
-    const auto clone = errno_exc_t("message", ENOENT).Clone();
-    EXPECT_EQ(typeid(exc::exc_base_t), typeid(*clone));
-    EXPECT_STREQ("No such file or directory\nmessage", clone->what());
+    const errno_exc_t e = Failure();
+    ExpectCopyOf<exc::exc_base_t>(e, *e.Clone());
 }
 
 TEST(ErrnoExc, TypedCloneKeepsTheNumber)
 {
-    const auto clone = errno_exc_t("message", ENOENT).CloneErrno();
-    EXPECT_EQ(typeid(errno_exc_t), typeid(*clone));
-    EXPECT_EQ(static_cast<std::uint32_t>(ENOENT), clone->GetErrorCode());
-    EXPECT_STREQ("No such file or directory\nmessage", clone->what());
+    const errno_exc_t e = Failure();
+    ExpectFailure(e, *e.CloneErrno());
 }
 
 TEST(ErrnoExc, RethrowKeepsTypeAndNumber)
 {
-    const errno_exc_t e("message", ENOENT);
-    try
-    {
-        static_cast<const exc::exc_base_t&>(e).Rethrow();
-    }
-    catch (const errno_exc_t& thrown)
-    {
-        EXPECT_EQ(static_cast<std::uint32_t>(ENOENT), thrown.GetErrorCode());
-        EXPECT_STREQ("No such file or directory\nmessage", thrown.what());
-    }
+    const errno_exc_t e = Failure();
+    LookAtRethrown(e, [&e](const exc::exc_base_t& thrown) { ExpectFailure(e, thrown); });
 }
 
 TEST(ErrnoExc, WideMessageIsConverted)

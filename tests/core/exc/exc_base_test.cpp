@@ -1,12 +1,12 @@
 #include "nelvo/core/exc/exc_base.h"
 
 #include <stdexcept>
-#include <thread>
 
 #include <gtest/gtest.h>
 
 #include "nelvo/core/exc/errno_exc.h"
 #include "nelvo/core/exc/file_locked_exc.h"
+#include "tests/core/exc/copies.h"
 #include "tests/support/vtable_slot.h"
 
 using exc::exc_base_t;
@@ -88,6 +88,27 @@ TEST(ExcBase, TranslateRewritesEachLineAndKeepsTheMarks)
     EXPECT_EQ("<A>\n<B>", e.GetPlainText());
 }
 
+TEST(ExcBase, TranslatorThatThrowsLeavesAllLinesAsTheyWere)
+{
+    class failing_t : public exc::ITranslator
+    {
+    public:
+        std::string Translate(const std::string& text) override
+        {
+            return text == "B" ? throw std::runtime_error("no word for B") : "translated";
+        }
+    };
+
+    exc_base_t e = TwoLines();
+    failing_t translator;
+    EXPECT_THROW(e.Translate(translator), std::runtime_error);
+    e.AddMessage("C");
+    EXPECT_STREQ("A\nB\nC", e.what());
+    bracketing_t other;
+    e.Translate(other);
+    EXPECT_STREQ("<A>\n<B>\n<C>", e.what());
+}
+
 TEST(ExcBase, LineAddedAfterTranslationFollowsTheNewTexts)
 {
     exc_base_t e("A");
@@ -103,58 +124,22 @@ TEST(ExcBase, NamesTheThreadThatBuiltIt)
     EXPECT_EQ(pthread_self(), exc_base_t("A").GetThreadId());
 }
 
-TEST(ExcBase, CopiesCloneAndRethrowKeepTheThreadOfOrigin)
-{
-    boost::shared_ptr<exc_base_t> clone;
-    pthread_t origin = 0;
-    std::thread worker(
-        [&]
-        {
-            origin = pthread_self();
-            clone = exc_base_t("A").Clone();
-        });
-    worker.join();
-
-    EXPECT_NE(pthread_self(), origin);
-    EXPECT_EQ(origin, clone->GetThreadId());
-    const exc_base_t copy = *clone;
-    EXPECT_EQ(origin, copy.GetThreadId());
-    try
-    {
-        clone->Rethrow();
-    }
-    catch (const exc_base_t& e)
-    {
-        EXPECT_STREQ("A", e.what());
-        EXPECT_EQ(origin, e.GetThreadId());
-    }
-}
-
 TEST(ExcBase, ThreadOfAnyExceptionIsZeroOutsideTheFamily)
 {
+    const exc_base_t foreign_thread = Detailed([] { return exc_base_t("A"); });
     EXPECT_EQ(0u, exc_base_t::GetThreadId(std::runtime_error("A")));
     EXPECT_EQ(pthread_self(), exc_base_t::GetThreadId(exc::file_locked_exc_t("A")));
+    EXPECT_EQ(foreign_thread.GetThreadId(), exc_base_t::GetThreadId(foreign_thread));
 }
 
-TEST(ExcBase, CloneAndRethrowCarryLinesMarksAndTrace)
+TEST(ExcBase, CopyCloneAndRethrowCarryEverything)
 {
-    exc_base_t e("A");
-    e.AddMarkedMessage("B");
-    e.GetTrace().properties["key"] = "value";
-    e.AddEvent(2, "info");
-    const std::string full = "A\n--tr:B\n--tr:property:key:value\n--tr:event:2:info";
-
-    EXPECT_EQ(full, e.Clone()->GetFullText());
-    EXPECT_EQ(typeid(exc_base_t), typeid(*e.Clone()));
-    try
-    {
-        e.Rethrow();
-    }
-    catch (const exc_base_t& thrown)
-    {
-        EXPECT_EQ(typeid(exc_base_t), typeid(thrown));
-        EXPECT_EQ(full, thrown.GetFullText());
-    }
+    const exc_base_t e = Detailed([] { return exc_base_t("A"); });
+    EXPECT_EQ("A\n--tr:marked\n--tr:property:key:value\n--tr:event:2:info", e.GetFullText());
+    const exc_base_t copy = e;
+    ExpectCopyOf<exc_base_t>(e, copy);
+    ExpectCopyOf<exc_base_t>(e, *e.Clone());
+    LookAtRethrown(e, [&e](const exc_base_t& thrown) { ExpectCopyOf<exc_base_t>(e, thrown); });
 }
 
 TEST(ExcBase, FullTextIsWhatAloneWithoutATrace) { EXPECT_EQ("A\nB", TwoLines().GetFullText()); }

@@ -2,6 +2,8 @@
 
 #include <gtest/gtest.h>
 
+#include "tests/core/exc/copies.h"
+
 using exc::file_locked_exc_t;
 
 TEST(FileLockedExc, NamesTheFileInItsOneLine)
@@ -13,21 +15,14 @@ TEST(FileLockedExc, NamesTheFileInItsOneLine)
 
 TEST(FileLockedExc, CloneKeepsTypeAndFile)
 {
-    const auto clone = boost::dynamic_pointer_cast<file_locked_exc_t>(file_locked_exc_t("a").Clone());
-    ASSERT_TRUE(clone);
-    EXPECT_EQ("a", clone->GetFile());
-    EXPECT_STREQ("File [a] is locked.", clone->what());
+    const file_locked_exc_t e = Detailed([] { return file_locked_exc_t("a"); });
+    const auto clone = e.Clone();
+    ExpectCopyOf<file_locked_exc_t>(e, *clone);
+    EXPECT_EQ("a", dynamic_cast<const file_locked_exc_t&>(*clone).GetFile());
 }
 
 TEST(FileLockedExc, RethrowThrowsAPlainBaseObject)
 {
-    try
-    {
-        file_locked_exc_t("a").Rethrow();
-    }
-    catch (const exc::exc_base_t& thrown)
-    {
-        EXPECT_EQ(typeid(exc::exc_base_t), typeid(thrown));
-        EXPECT_STREQ("File [a] is locked.", thrown.what());
-    }
+    const file_locked_exc_t e = Detailed([] { return file_locked_exc_t("a"); });
+    LookAtRethrown(e, [&e](const exc::exc_base_t& thrown) { ExpectCopyOf<exc::exc_base_t>(e, thrown); });
 }

@@ -3,6 +3,8 @@
 #include <cerrno>
 #include <functional>
 #include <stdexcept>
+#include <system_error>
+#include <typeinfo>
 
 #include <boost/filesystem/operations.hpp>
 #include <boost/system/system_error.hpp>
@@ -102,6 +104,20 @@ TEST(RethrowWithContext, ForeignExceptionLeavesAsRuntimeExceptionWithItsTextFirs
 {
     const auto e = WithContext<exc::runtime_exc_t>(Throwing(std::runtime_error("old %1 text")));
     EXPECT_STREQ("old %1 text\ncontext %01", e.what());
+    EXPECT_EQ(0u, e.GetErrorCode());
+}
+
+TEST(RethrowWithContext, ForeignExceptionGetsTheThreadThatAddsTheContext)
+{
+    EXPECT_EQ(pthread_self(),
+              WithContext<exc::runtime_exc_t>(Throwing(std::runtime_error("A"))).GetThreadId());
+}
+
+TEST(RethrowWithContext, StandardSystemErrorIsAForeignException)
+{
+    const std::system_error error(ENOSPC, std::generic_category(), "kept");
+    const auto e = WithContext<exc::runtime_exc_t>(Throwing(error));
+    EXPECT_STREQ("kept: No space left on device\ncontext %01", e.what());
     EXPECT_EQ(0u, e.GetErrorCode());
 }
 

@@ -4,6 +4,8 @@
 
 #include <gtest/gtest.h>
 
+#include "tests/core/exc/copies.h"
+
 using exc::error_code_t;
 using exc::runtime_exc_t;
 
@@ -45,22 +47,16 @@ TEST(RuntimeExc, CodeCanBeSet)
     EXPECT_EQ(7u, e.GetErrorCode());
 }
 
-TEST(RuntimeExc, CloneAndRethrowKeepTypeAndCode)
+TEST(RuntimeExc, CloneAndRethrowCarryEverythingAndTheCode)
 {
-    const runtime_exc_t e("A", error_code_t{7});
-    const auto clone = boost::dynamic_pointer_cast<runtime_exc_t>(e.Clone());
-    ASSERT_TRUE(clone);
-    EXPECT_STREQ("A", clone->what());
-    EXPECT_EQ(7u, clone->GetErrorCode());
-    try
+    const auto expect_copy = [](const runtime_exc_t& original, const exc::exc_base_t& copy)
     {
-        static_cast<const exc::exc_base_t&>(e).Rethrow();
-    }
-    catch (const runtime_exc_t& thrown)
-    {
-        EXPECT_STREQ("A", thrown.what());
-        EXPECT_EQ(7u, thrown.GetErrorCode());
-    }
+        ExpectCopyOf<runtime_exc_t>(original, copy);
+        EXPECT_EQ(7u, dynamic_cast<const runtime_exc_t&>(copy).GetErrorCode());
+    };
+    const runtime_exc_t e = Detailed([] { return runtime_exc_t("A", error_code_t{7}); });
+    expect_copy(e, *e.Clone());
+    LookAtRethrown(e, [&](const exc::exc_base_t& thrown) { expect_copy(e, thrown); });
 }
 
 TEST(RuntimeExc, WideTextIsFormattedAndThenConverted)
