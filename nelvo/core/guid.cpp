@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cstring>
+#include <utility>
 
 #include <uuid/uuid.h>
 
@@ -25,6 +26,12 @@ std::string WithoutBraces(std::string text)
     if (text.back() == '}')
         text.pop_back();
     return text;
+}
+
+// uuid_parse stores nothing when the text is bad.
+void ParseInto(std::uint8_t* bytes, std::string text)
+{
+    ::uuid_parse(WithoutBraces(std::move(text)).c_str(), bytes);
 }
 
 std::string BracedText(const std::uint8_t* bytes)
@@ -76,8 +83,7 @@ Guid Guid::Parse(std::string_view text)
 try
 {
     Guid value;
-    // uuid_parse stores nothing when the text is bad, which leaves the null GUID.
-    ::uuid_parse(WithoutBraces(std::string(text)).c_str(), value.m_bytes.data());
+    ParseInto(value.m_bytes.data(), std::string(text));
     return value;
 }
 catch (std::exception& e)
@@ -88,7 +94,9 @@ catch (std::exception& e)
 Guid Guid::Parse(std::wstring_view text)
 try
 {
-    return Parse(util::WideToMultibyte(text));
+    Guid value;
+    ParseInto(value.m_bytes.data(), util::WideToMultibyte(text));
+    return value;
 }
 catch (std::exception& e)
 {
@@ -133,10 +141,10 @@ int Guid::Compare(const Guid& other) const { return ::uuid_compare(m_bytes.data(
 
 Guid SwapGuidByteOrder(const Guid& value)
 {
-    std::array<std::uint8_t, Guid::kSize> bytes;
-    std::memcpy(bytes.data(), value.Data(), bytes.size());
+    Guid swapped = value;
+    auto& bytes = swapped.m_bytes;
     std::reverse(bytes.begin(), bytes.begin() + 4);
     std::swap(bytes[4], bytes[5]);
     std::swap(bytes[6], bytes[7]);
-    return Guid::FromBytes(bytes.data(), bytes.size());
+    return swapped;
 }

@@ -71,6 +71,8 @@ public:
     friend bool operator>(const Guid& left, const Guid& right) { return left.Compare(right) > 0; }
 
 private:
+    friend Guid SwapGuidByteOrder(const Guid& value);
+
     int Compare(const Guid& other) const;
 
     std::array<std::uint8_t, kSize> m_bytes{};

@@ -1,5 +1,6 @@
 #include "nelvo/core/guid.h"
 
+#include <algorithm>
 #include <cstring>
 #include <functional>
 #include <set>
@@ -127,6 +128,16 @@ TEST(Guid, WideTextOutsideTheLocaleIsAFailureWhereNarrowTextIsNull)
     EXPECT_TRUE(Guid::Parse("\xc3\xa9").IsNull());
 }
 
+TEST(Guid, WideParseFailureCarriesItsContextAlone)
+{
+    const auto parse = []
+    {
+        FailNextAllocation();
+        Guid::Parse(L"{00112233-4455-6677-8899-aabbccddeeff}");
+    };
+    EXPECT_EQ("std::bad_alloc\nFailed to convert WString to GUID.", FailureOf(parse));
+}
+
 TEST(Guid, ToWStringFailureCarriesItsContext)
 {
     const Guid value = Value();
@@ -224,8 +235,13 @@ TEST(Guid, ComparesFieldsFromLeftToRightAsUnsigned)
         EXPECT_TRUE(small < large && large > small && small != large) << i;
         EXPECT_FALSE(large < small || small > large || small == large) << i;
     }
-    EXPECT_TRUE(Guid::Parse("{00000001-0000-0000-0000-000000000000}") >
-                Guid::Parse("{00000000-ffff-ffff-ffff-ffffffffffff}"));
+    const auto is_greater = [](const char* left, const char* right)
+    { return Guid::Parse(left) > Guid::Parse(right); };
+    EXPECT_TRUE(is_greater("00000001-0000-0000-0000-000000000000", "00000000-ffff-ffff-ffff-ffffffffffff"));
+    EXPECT_TRUE(is_greater("00000100-0000-0000-0000-000000000000", "00000001-0000-0000-0000-000000000000"));
+    EXPECT_TRUE(is_greater("00000000-0100-0000-0000-000000000000", "00000000-0001-0000-0000-000000000000"));
+    EXPECT_TRUE(is_greater("00000000-0000-0100-0000-000000000000", "00000000-0000-0001-0000-000000000000"));
+    EXPECT_TRUE(is_greater("00000000-0000-0000-0100-000000000000", "00000000-0000-0000-0001-000000000000"));
 }
 
 TEST(Guid, EqualValuesAreNeitherLessNorGreater)
