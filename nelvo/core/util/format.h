@@ -13,11 +13,12 @@
 //
 // Arguments become text as util::ToText makes it: strings as they are, a null C string as "<null>",
 // booleans as "true" and "false", numbers in decimal, a character as itself. They are read where they
-// stand; the result is the one allocation. Throws nothing but std::bad_alloc.
+// stand, and a result of up to 512 characters is the one allocation. Throws nothing but std::bad_alloc.
 
 #include <array>
 #include <charconv>
 #include <cstddef>
+#include <iterator>
 #include <string>
 #include <string_view>
 #include <type_traits>

@@ -18,9 +18,6 @@ namespace
 
 constexpr auto kFailed = static_cast<std::size_t>(-1);
 
-constexpr std::string_view kNoWideSize =
-    "Multibyte string cannot be converted to unicode string. Failed to get buffer size. Source string: [%1].";
-
 std::size_t AsciiHead(std::string_view text)
 {
     constexpr std::size_t kStep = sizeof(std::uint64_t);
@@ -152,8 +149,7 @@ std::wstring MultibyteToWide(std::string_view text)
     const std::size_t size = std::mbstowcs(nullptr, source.c_str(), 0);
     if (size == kFailed)
         throw exc::runtime_exc_t(
-            "Multibyte string cannot be converted to unicode string. Failed to get buffer "
-            "size. Source string: [%1].",
+            "Multibyte string cannot be converted to unicode string. Failed to get buffer size. Source string: [%1].",
             source);
 
     std::wstring result(size + 1, L'\0');
