@@ -73,7 +73,7 @@ void StoreAgentId(const Guid& id)
     file << id.ToString();
 }
 
-Guid GenerateAgentId()
+Guid MakeAndStoreAgentId()
 {
     agent_log.info("Generate new nelvo agent id");
     util::CreateParentFolders(kAgentFile);
@@ -101,7 +101,7 @@ void RunAgentIdTool(int argc, const char* const argv[])
 
     Guid id;
     if (!FindExistingAgentId(id))
-        id = GenerateAgentId();
+        id = MakeAndStoreAgentId();
     agent_log.info("Agent id: %1", id.ToString());
     PrintAgentId(id);
 }
