@@ -1,0 +1,440 @@
+// What the file asks of the system, call by call. The functions below stand in the place of the C library's:
+// each notes the call and answers as the test told it to, or passes the call on.
+
+#include <cerrno>
+#include <cstdarg>
+#include <cstdint>
+#include <deque>
+#include <functional>
+#include <string>
+#include <vector>
+
+#include <fcntl.h>
+#include <gtest/gtest.h>
+#include <sys/syscall.h>
+#include <unistd.h>
+
+#include "nelvo/core/exc/errno_exc.h"
+#include "nelvo/core/exc/runtime_exc.h"
+#include "nelvo/core/util/format.h"
+#include "nelvo/posix/posix_file.h"
+#include "tests/support/temp_folder.h"
+
+using posix::posix_file_t;
+
+namespace
+{
+
+// The answer of one call: a count or -1, with the number to leave in errno. A transfer of at most that
+// many bytes is then really made.
+struct answer_t
+{
+    long result;
+    int error;
+};
+
+answer_t Fail(int error) { return {-1, error}; }
+
+answer_t Take(long count) { return {count, 0}; }
+
+struct record_t
+{
+    std::vector<std::string> calls;
+    std::deque<answer_t> answers;
+    std::function<void()> between;
+};
+
+// Null while nobody listens.
+record_t* g_record = nullptr;
+
+std::string Octal(unsigned value)
+{
+    char text[16];
+    std::snprintf(text, sizeof(text), "0%o", value);
+    return text;
+}
+
+std::string Hex(unsigned long value)
+{
+    char text[32];
+    std::snprintf(text, sizeof(text), "0x%lX", value);
+    return text;
+}
+
+// Notes the call. True if the test has an answer to it.
+bool Answered(const std::string& call, answer_t& answer)
+{
+    if (g_record == nullptr)
+        return false;
+    g_record->calls.push_back(call);
+    if (g_record->between)
+        g_record->between();
+    if (g_record->answers.empty())
+        return false;
+    answer = g_record->answers.front();
+    g_record->answers.pop_front();
+    return true;
+}
+
+// A call that the test answers with a failure or in full.
+template <class... Args>
+long Call(const std::string& text, long number, Args... args)
+{
+    answer_t answer = {};
+    if (!Answered(text, answer))
+        return ::syscall(number, args...);
+    errno = answer.error;
+    return answer.result;
+}
+
+// A read or write, which may be told to be short.
+template <class Data>
+long Transfer(const char* name, long number, int descriptor, Data* data, std::size_t size)
+{
+    answer_t answer = {};
+    if (!Answered(util::Format("%1(%2)", name, size), answer))
+        return ::syscall(number, descriptor, data, size);
+    if (answer.result > 0)
+        return ::syscall(number, descriptor, data, answer.result);
+    errno = answer.error;
+    return answer.result;
+}
+
+} // namespace
+
+extern "C" int open64(const char* path, int flags, ...)
+{
+    va_list arguments;
+    va_start(arguments, flags);
+    const unsigned mode = va_arg(arguments, unsigned);
+    va_end(arguments);
+    const std::string shown_mode = (flags & O_CREAT) != 0 ? ", " + Octal(mode) : "";
+    return static_cast<int>(
+        Call("open64(" + Hex(static_cast<unsigned>(flags)) + shown_mode + ")", SYS_open, path, flags, mode));
+}
+
+extern "C" int close(int descriptor) { return static_cast<int>(Call("close", SYS_close, descriptor)); }
+
+extern "C" ssize_t read(int descriptor, void* data, std::size_t size)
+{
+    return Transfer("read", SYS_read, descriptor, data, size);
+}
+
+extern "C" ssize_t write(int descriptor, const void* data, std::size_t size)
+{
+    return Transfer("write", SYS_write, descriptor, data, size);
+}
+
+extern "C" int ftruncate64(int descriptor, off64_t size) noexcept
+{
+    return static_cast<int>(Call(util::Format("ftruncate64(%1)", size), SYS_ftruncate, descriptor, size));
+}
+
+extern "C" off64_t lseek64(int descriptor, off64_t distance, int method) noexcept
+{
+    return Call("lseek64", SYS_lseek, descriptor, distance, method);
+}
+
+extern "C" int fsync(int descriptor) { return static_cast<int>(Call("fsync", SYS_fsync, descriptor)); }
+
+extern "C" ssize_t readlink(const char* path, char* buffer, std::size_t size) noexcept
+{
+    return Call(util::Format("readlink(%1)", size), SYS_readlink, path, buffer, size);
+}
+
+// What fortified callers call instead.
+// NOLINTBEGIN(bugprone-reserved-identifier)
+extern "C" ssize_t __read_chk(int descriptor, void* data, std::size_t size, std::size_t)
+{
+    return ::read(descriptor, data, size);
+}
+
+extern "C" ssize_t __readlink_chk(const char* path, char* buffer, std::size_t size, std::size_t) noexcept
+{
+    return ::readlink(path, buffer, size);
+}
+// NOLINTEND(bugprone-reserved-identifier)
+
+namespace
+{
+
+using calls_t = std::vector<std::string>;
+
+class PosixFileCalls : public testing::Test
+{
+protected:
+    PosixFileCalls()
+    {
+        WriteFile(m_path, "0123456789");
+        m_file = posix_file_t::OpenReadWrite(m_path);
+    }
+
+    // The calls that the action makes while the system answers as given, and then as it likes.
+    template <class Action>
+    calls_t Calls(std::deque<answer_t> answers, Action action)
+    {
+        record_t record;
+        record.answers = std::move(answers);
+        record.between = m_between;
+        g_record = &record;
+        m_failure.clear();
+        try
+        {
+            action();
+        }
+        catch (const posix::errno_exc_t& e)
+        {
+            m_failure = e.what();
+        }
+        catch (const exc::runtime_exc_t& e)
+        {
+            m_failure = std::string("no system failure: ") + e.what();
+        }
+        g_record = nullptr;
+        return record.calls;
+    }
+
+    template <class Action>
+    calls_t Calls(Action action)
+    {
+        return Calls({}, action);
+    }
+
+    // The one call of a factory; the file's end is not looked at.
+    template <class Open>
+    std::string Opening(Open open)
+    {
+        posix_file_ptr_t file;
+        const calls_t calls = Calls([&] { file = open(); });
+        return calls.size() == 1 ? calls.front() : "not one call";
+    }
+
+    temp_folder_t m_folder;
+    const std::string m_path = m_folder / "file";
+    posix_file_ptr_t m_file;
+    std::function<void()> m_between;
+    std::string m_failure;
+};
+
+} // namespace
+
+TEST_F(PosixFileCalls, EachFactoryHasItsFlagsAndCreationItsMode)
+{
+    EXPECT_EQ("open64(0x42, 0666)", Opening([&] { return posix_file_t::CreateOrOpen(m_path); }));
+    EXPECT_EQ("open64(0x42, 0666)", Opening([&] { return posix_file_t::CreateOrOpen(m_path, true); }));
+    EXPECT_EQ("open64(0x2)", Opening([&] { return posix_file_t::OpenReadWrite(m_path); }));
+    EXPECT_EQ("open64(0x0)", Opening([&] { return posix_file_t::OpenRead(m_path); }));
+    EXPECT_EQ("open64(0x0)", Opening([&] { return posix_file_t::OpenRead(m_path, true); }));
+    EXPECT_EQ("open64(0x0)", Opening([&] { return posix_file_t::OpenByAccess(m_path, true); }));
+    EXPECT_EQ("open64(0x2)", Opening([&] { return posix_file_t::OpenByAccess(m_path, false); }));
+    EXPECT_EQ("open64(0x101002)", Opening([&] { return posix_file_t::OpenReadWriteSync(m_path); }));
+}
+
+TEST_F(PosixFileCalls, OnlyTheWritableFormWithoutCacheBypassesTheCache)
+{
+    EXPECT_EQ("open64(0x101000)", Opening([&] { return posix_file_t::OpenReadWithoutCache(m_path); }));
+    EXPECT_EQ(calls_t{"open64(0x105002)"},
+              Calls({Fail(EINVAL)}, [&] { posix_file_t::OpenReadWriteWithoutCache(m_path); }));
+    EXPECT_EQ("Invalid argument\nPOSIX: Failed to open file [" + m_path + "] for read/write access.",
+              m_failure);
+}
+
+TEST_F(PosixFileCalls, OperationsOfOtherPlatformsMakeNoCall)
+{
+    EXPECT_EQ(calls_t(), Calls([&] { posix_file_t::CreateNewWithoutCache(m_path, 1); }));
+    EXPECT_EQ(calls_t(), Calls([&] { posix_file_t::SparseFileCreate(m_path, 1); }));
+    EXPECT_EQ(calls_t(), Calls([&] { posix_file_t::SparseFileSetZeroData(m_file, 0, 1); }));
+}
+
+TEST_F(PosixFileCalls, NothingButReadsAndWritesIsTriedAgainAfterASignal)
+{
+    const std::deque<answer_t> interrupted = {Fail(EINTR)};
+    const auto failure = [&](const std::string& text) { return "Interrupted system call\n" + text; };
+
+    EXPECT_EQ(calls_t{"open64(0x0)"}, Calls(interrupted, [&] { posix_file_t::OpenRead(m_path); }));
+    EXPECT_EQ(failure("POSIX: Failed to open file [" + m_path + "]."), m_failure);
+    EXPECT_EQ(calls_t{"ftruncate64(7)"}, Calls(interrupted, [&] { m_file->set_size(7); }));
+    EXPECT_EQ(failure("set_size failed. File: [" + m_path + "]. New size: [7]"), m_failure);
+    EXPECT_EQ(calls_t{"lseek64"}, Calls(interrupted, [&] { m_file->GetPosition(); }));
+    EXPECT_EQ(failure("POSIX: Seek operation has failed. File: [" + m_path +
+                      "]. Distance to move: [0]. Move method: [SEEK_CUR]."),
+              m_failure);
+    EXPECT_EQ(calls_t{"fsync"}, Calls(interrupted, [&] { m_file->Flush(); }));
+    EXPECT_EQ(failure("POSIX: Failed to flush file buffers. File: [" + m_path + "]."), m_failure);
+    EXPECT_EQ(calls_t{"close"}, Calls(interrupted, [&] { m_file->Close(); }));
+    EXPECT_EQ(failure("POSIX: Failed to close file. File: [" + m_path + "]."), m_failure);
+}
+
+TEST_F(PosixFileCalls, FlushFailsForEveryResultButZero)
+{
+    EXPECT_EQ(calls_t{"fsync"}, Calls({answer_t{1, EIO}}, [&] { m_file->Flush(); }));
+    EXPECT_EQ("Input/output error\nPOSIX: Failed to flush file buffers. File: [" + m_path + "].", m_failure);
+}
+
+TEST_F(PosixFileCalls, DestructorIgnoresTheResultOfClose)
+{
+    EXPECT_EQ(calls_t{"close"}, Calls({Fail(EIO)}, [&] { m_file.reset(); }));
+    EXPECT_EQ("", m_failure);
+}
+
+// Writing
+
+TEST_F(PosixFileCalls, NothingToWriteMakesNoCall)
+{
+    for (const stream_size_t length : {stream_size_t{0}, stream_size_t{-1}, INT64_MIN})
+        EXPECT_EQ(calls_t(), Calls([&] { m_file->WriteBytes(length, "x"); })) << length;
+    EXPECT_EQ(calls_t(), Calls([&] { m_file->WriteText(""); }));
+}
+
+TEST_F(PosixFileCalls, WriteGoesOnAfterShortAndInterruptedCalls)
+{
+    EXPECT_EQ(
+        (calls_t{"write(10)", "write(7)", "write(7)", "write(7)", "write(6)"}),
+        Calls({Take(3), Fail(EINTR), Fail(EINTR), Take(1)}, [&] { m_file->WriteBytes(10, "abcdefghij"); }));
+    EXPECT_EQ("", m_failure);
+    EXPECT_EQ("abcdefghij", ReadFile(m_path));
+}
+
+TEST_F(PosixFileCalls, WriteThatTakesNothingIsTriedAgain)
+{
+    EXPECT_EQ((calls_t{"write(3)", "write(3)", "write(3)", "write(3)"}),
+              Calls({Take(0), Take(0), Take(0)}, [&] { m_file->WriteBytes(3, "abc"); }));
+    EXPECT_EQ("abc3456789", ReadFile(m_path));
+}
+
+TEST_F(PosixFileCalls, WriteEndsAtTheFirstOtherFailure)
+{
+    EXPECT_EQ((calls_t{"write(10)", "write(8)"}),
+              Calls({Take(2), Fail(ENOSPC)}, [&] { m_file->WriteBytes(10, "abcdefghij"); }));
+    EXPECT_EQ("No space left on device\nPOSIX: Failed to write data to the file [" + m_path + "].",
+              m_failure);
+    EXPECT_EQ("ab23456789", ReadFile(m_path));
+    EXPECT_EQ((calls_t{"write(1)"}), Calls({Fail(EAGAIN)}, [&] { m_file->WriteBytes(1, "a"); }));
+}
+
+TEST_F(PosixFileCalls, TextIsWrittenInPiecesOf1024Bytes)
+{
+    const auto sizes = [&](std::size_t size)
+    { return Calls([&] { m_file->WriteText(std::string(size, 't')); }); };
+    EXPECT_EQ((calls_t{"write(1)"}), sizes(1));
+    EXPECT_EQ((calls_t{"write(1024)"}), sizes(1024));
+    EXPECT_EQ((calls_t{"write(1024)", "write(1)"}), sizes(1025));
+    EXPECT_EQ((calls_t{"write(1024)", "write(1024)", "write(452)"}), sizes(2500));
+}
+
+TEST_F(PosixFileCalls, TextIsAskedForItsLengthBeforeEachPiece)
+{
+    std::string text(3000, 't');
+    m_between = [&] { text.resize(1500); };
+    EXPECT_EQ((calls_t{"write(1024)", "write(476)"}), Calls([&] { m_file->WriteText(text); }));
+    m_between = [&] { text.resize(10); };
+    EXPECT_EQ((calls_t{"write(1024)"}), Calls([&] { m_file->WriteText(text); }));
+}
+
+// Reading
+
+TEST_F(PosixFileCalls, NothingToReadMakesNoCall)
+{
+    char byte = 'x';
+    for (const stream_size_t length : {stream_size_t{0}, stream_size_t{-1}, INT64_MIN})
+    {
+        stream_size_t count = -1;
+        EXPECT_EQ(calls_t(), Calls([&] { count = m_file->ReadBytes(&byte, length); })) << length;
+        EXPECT_EQ(0, count);
+    }
+    EXPECT_EQ('x', byte);
+}
+
+TEST_F(PosixFileCalls, ReadGoesOnAfterShortAndInterruptedCalls)
+{
+    std::string text(10, '?');
+    stream_size_t count = 0;
+    EXPECT_EQ((calls_t{"read(10)", "read(7)", "read(7)", "read(7)", "read(6)"}),
+              Calls({Take(3), Fail(EINTR), Fail(EINTR), Take(1)},
+                    [&] { count = m_file->ReadBytes(text.data(), 10); }));
+    EXPECT_EQ("", m_failure);
+    EXPECT_EQ(10, count);
+    EXPECT_EQ("0123456789", text);
+}
+
+TEST_F(PosixFileCalls, ReadEndsWhereTheFileDoes)
+{
+    std::string text(12, '?');
+    stream_size_t count = 0;
+    EXPECT_EQ((calls_t{"read(12)", "read(2)"}), Calls([&] { count = m_file->ReadBytes(text.data(), 12); }));
+    EXPECT_EQ(10, count);
+    EXPECT_EQ("0123456789??", text);
+}
+
+TEST_F(PosixFileCalls, ReadThatFailsAfterSomeBytesThrows)
+{
+    std::string text(10, '?');
+    EXPECT_EQ((calls_t{"read(10)", "read(6)"}),
+              Calls({Take(4), Fail(EIO)}, [&] { m_file->ReadBytes(text.data(), 10); }));
+    EXPECT_EQ("Input/output error\nPOSIX: Failed to read data from the file [" + m_path + "].", m_failure);
+    EXPECT_EQ(4, m_file->GetPosition());
+}
+
+TEST_F(PosixFileCalls, WholeTextOf1024BytesNeedsASecondRead)
+{
+    WriteFile(m_path, std::string(1024, 't'));
+    std::string text;
+    EXPECT_EQ((calls_t{"read(1024)", "read(1024)"}), Calls([&] { m_file->ReadAllText(text); }));
+    EXPECT_EQ(std::string(1024, 't'), text);
+}
+
+TEST_F(PosixFileCalls, WholeTextIsReadOnAfterAShortPiece)
+{
+    std::string text;
+    EXPECT_EQ((calls_t{"read(1024)", "read(1014)", "read(1024)"}), Calls([&] { m_file->ReadAllText(text); }));
+    EXPECT_EQ("0123456789", text);
+}
+
+// Links
+
+TEST_F(PosixFileCalls, LinkThatFillsTheBufferIsAskedForAgainWithTwiceTheRoom)
+{
+    const std::string link = m_folder / "link";
+    const auto calls = [&](std::size_t size)
+    {
+        EXPECT_EQ(0, ::symlink(std::string(size, 't').c_str(), link.c_str()));
+        std::string target;
+        calls_t made = Calls([&] { target = posix_file_t::ReadSymlink(link); });
+        EXPECT_EQ(std::string(size, 't'), target);
+        ::unlink(link.c_str());
+        return made;
+    };
+    EXPECT_EQ((calls_t{"readlink(256)"}), calls(255));
+    EXPECT_EQ((calls_t{"readlink(256)", "readlink(512)"}), calls(256));
+    EXPECT_EQ(
+        (calls_t{"readlink(256)", "readlink(512)", "readlink(1024)", "readlink(2048)", "readlink(4096)"}),
+        calls(4095));
+}
+
+TEST_F(PosixFileCalls, EighthAttemptMayStillSucceed)
+{
+    std::string target;
+    const calls_t calls = Calls(
+        {Take(256), Take(512), Take(1024), Take(2048), Take(4096), Take(8192), Take(16384), Take(32767)},
+        [&] { target = posix_file_t::ReadSymlink(m_path); });
+    EXPECT_EQ(8u, calls.size());
+    EXPECT_EQ("", m_failure);
+    EXPECT_EQ(32767u, target.size());
+}
+
+TEST_F(PosixFileCalls, LinkThatOutgrowsTheEighthBufferIsNoSystemFailure)
+{
+    EXPECT_EQ((calls_t{"readlink(256)", "readlink(512)", "readlink(1024)", "readlink(2048)", "readlink(4096)",
+                       "readlink(8192)", "readlink(16384)", "readlink(32768)"}),
+              Calls({Take(256), Take(512), Take(1024), Take(2048), Take(4096), Take(8192), Take(16384),
+                     Take(32768)},
+                    [&] { posix_file_t::ReadSymlink(m_path); }));
+    EXPECT_EQ("no system failure: Unable to get symbolic link target path. Link: [" + m_path + "].",
+              m_failure);
+}
+
+TEST_F(PosixFileCalls, LinkIsNotAskedForAgainAfterASignal)
+{
+    EXPECT_EQ((calls_t{"readlink(256)"}), Calls({Fail(EINTR)}, [&] { posix_file_t::ReadSymlink(m_path); }));
+    EXPECT_EQ("Interrupted system call\nreadlink(" + m_path + ") has failed.", m_failure);
+}
