@@ -3,9 +3,11 @@
 #include <algorithm>
 #include <array>
 #include <cerrno>
+#include <cstdint>
 #include <utility>
 
 #include <fcntl.h>
+#include <sys/ioctl.h>
 #include <sys/stat.h>
 #include <sys/time.h>
 #include <unistd.h>
@@ -13,6 +15,9 @@
 #include "nelvo/context/path_access.h"
 #include "nelvo/core/exc/errno_exc.h"
 #include "nelvo/core/exc/runtime_exc.h"
+#include "nelvo/core/util/to_text.h"
+#include "nelvo/logging/channels.h"
+#include "nelvo/logging/progress_scope.h"
 
 namespace posix
 {
@@ -51,11 +56,59 @@ struct stat64 GetInfo(int (*call)(const char*, struct stat64*), const char* path
     throw errno_exc_t("stat64(%1) has failed.", path, error);
 }
 
+// The two requests and the flags are numbers that some file system knows; the common ones refuse both
+// requests.
+constexpr unsigned long kRoomRequest = 0xBBD;
+constexpr unsigned long kOtherRoomRequest = 0xBBC;
+constexpr std::uint64_t kRoomFlags = 0x2400;
+
+struct room_t
+{
+    std::uint64_t size;
+    std::uint64_t flags;
+};
+
+// The message names no path.
+// Kept: PosixFilePreallocation.FailureOfAllThreeWaysIsAWarningAndTheFileIsOpen
+void AskForRoom(int descriptor, stream_size_t size)
+{
+    room_t room = {static_cast<std::uint64_t>(size), kRoomFlags};
+    if (::ioctl(descriptor, kRoomRequest, &room) >= 0 || ::ioctl(descriptor, kOtherRoomRequest, &room) >= 0)
+        return;
+    if (::ftruncate64(descriptor, size) != -1)
+        return;
+    const int error = errno;
+    throw errno_exc_t("ftruncate64() has failed.", error);
+}
+
+void Preallocate(const std::string& path, int descriptor, stream_size_t size)
+try
+{
+    const std::string bytes = util::GroupedText(size);
+    quiet_progress_scope_t scope(logging::channels::default_log,
+                                 "Preallocating [%2] bytes for the file [%1].", path, bytes);
+    AskForRoom(descriptor, size);
+    scope.close_with("[%2] bytes were preallocated for the file [%1].", path, bytes);
+}
+catch (std::exception& e)
+{
+    logging::channels::default_log.warning_exc(e, "Unable to preallocate [%2] bytes for the file [%1].", path,
+                                               util::GroupedText(size));
+}
+
 } // namespace
 
 posix_file_ptr_t posix_file_t::CreateOrOpen(const util::str_t& path, bool)
 {
     return Open(path, O_RDWR | O_CREAT, kCreateFailure);
+}
+
+posix_file_ptr_t posix_file_t::CreateWithPrealloc(const util::str_t& path, stream_size_t prealloc_size)
+{
+    posix_file_ptr_t file = CreateOrOpen(path);
+    if (prealloc_size != 0)
+        Preallocate(path.narrow(), file->m_descriptor, prealloc_size);
+    return file;
 }
 
 posix_file_ptr_t posix_file_t::OpenRead(const util::str_t& path, bool)

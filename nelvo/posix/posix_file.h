@@ -8,8 +8,9 @@
 //   file->WriteText("a line\n");
 //
 // A failure is a posix::errno_exc_t whose message names the file, unless another is named below. Nothing is
-// buffered, and nothing is retried but a read or write that a signal interrupted. Child processes inherit
-// the descriptor (no O_CLOEXEC). One object serves one thread at a time.
+// buffered, nothing is retried but a read or write that a signal interrupted, and nothing is logged but by
+// CreateWithPrealloc. Child processes inherit the descriptor (no O_CLOEXEC). One object serves one thread
+// at a time.
 
 #include <ctime>
 #include <string>
@@ -29,6 +30,12 @@ public:
     // keeps its content. The flag is never read, here and in OpenRead.
     // Kept: PosixFile.CreateOrOpenAndOpenReadNeverReadTheirFlag
     static posix_file_ptr_t CreateOrOpen(const util::str_t& path, bool ignored_flag = false);
+
+    // CreateOrOpen; then, unless the size is 0, asks the file system for room, or else makes that the file's
+    // size, which cuts a longer file. How that went is logged on the default channel; it never makes opening
+    // fail.
+    // Kept: PosixFile.PreallocationCutsALongerFile
+    static posix_file_ptr_t CreateWithPrealloc(const util::str_t& path, stream_size_t prealloc_size);
 
     // An existing file. Sync is O_SYNC. WithoutCache is O_SYNC too, with O_DIRECT for reading and writing,
     // where length, position and memory must be aligned, but without it for reading alone.

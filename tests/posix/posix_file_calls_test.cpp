@@ -9,15 +9,19 @@
 #include <string>
 #include <vector>
 
+#include <boost/make_shared.hpp>
 #include <fcntl.h>
 #include <gtest/gtest.h>
+#include <sys/ioctl.h>
 #include <sys/syscall.h>
 #include <unistd.h>
 
 #include "nelvo/core/exc/errno_exc.h"
 #include "nelvo/core/exc/runtime_exc.h"
 #include "nelvo/core/util/format.h"
+#include "nelvo/logging/log.h"
 #include "nelvo/posix/posix_file.h"
+#include "tests/support/lines_receiver.h"
 #include "tests/support/temp_folder.h"
 
 using posix::posix_file_t;
@@ -125,6 +129,19 @@ extern "C" ssize_t write(int descriptor, const void* data, std::size_t size)
     return Transfer("write", SYS_write, descriptor, data, size);
 }
 
+// Two requests come with a block of two numbers.
+extern "C" int ioctl(int descriptor, unsigned long request, ...) noexcept
+{
+    va_list arguments;
+    va_start(arguments, request);
+    const auto* const block = va_arg(arguments, const std::uint64_t*);
+    va_end(arguments);
+    const bool has_block = request == 0xBBD || request == 0xBBC;
+    const std::string shown = has_block ? util::Format(", {%1, %2}", block[0], Hex(block[1])) : "";
+    return static_cast<int>(
+        Call("ioctl(" + Hex(request) + shown + ")", SYS_ioctl, descriptor, request, block));
+}
+
 extern "C" int ftruncate64(int descriptor, off64_t size) noexcept
 {
     return static_cast<int>(Call(util::Format("ftruncate64(%1)", size), SYS_ftruncate, descriptor, size));
@@ -216,6 +233,26 @@ protected:
     std::string m_failure;
 };
 
+class PosixFilePreallocation : public PosixFileCalls
+{
+public:
+    PosixFilePreallocation() { logging::GetProcessLog()->set_receiver(m_log); }
+    ~PosixFilePreallocation() override { logging::GetProcessLog()->set_receiver({}); }
+
+protected:
+    calls_t Create(stream_size_t size, std::deque<answer_t> answers)
+    {
+        m_created.reset();
+        answers.push_front(Take(::dup(m_file->GetDescriptor())));
+        return Calls(std::move(answers), [&] { m_created = posix_file_t::CreateWithPrealloc(m_path, size); });
+    }
+
+    std::string Logged() const { return WithoutHeads(m_log->text()); }
+
+    boost::shared_ptr<lines_receiver_t> m_log = boost::make_shared<lines_receiver_t>();
+    posix_file_ptr_t m_created;
+};
+
 } // namespace
 
 TEST_F(PosixFileCalls, EachFactoryHasItsFlagsAndCreationItsMode)
@@ -275,6 +312,94 @@ TEST_F(PosixFileCalls, DestructorIgnoresTheResultOfClose)
 {
     EXPECT_EQ(calls_t{"close"}, Calls({Fail(EIO)}, [&] { m_file.reset(); }));
     EXPECT_EQ("", m_failure);
+}
+
+// Preallocation
+
+TEST_F(PosixFilePreallocation, FirstRequestThatIsGrantedIsEnough)
+{
+    EXPECT_EQ((calls_t{"open64(0x42, 0666)", "ioctl(0xBBD, {1048576, 0x2400})"}), Create(1048576, {Take(0)}));
+    EXPECT_EQ("       | [1,048,576] bytes were preallocated for the file [" + m_path + "].\n", Logged());
+    EXPECT_EQ(10, m_created->GetSize());
+    EXPECT_EQ((calls_t{"open64(0x42, 0666)", "ioctl(0xBBD, {7, 0x2400})"}), Create(7, {Take(1)}));
+}
+
+TEST_F(PosixFilePreallocation, SecondRequestFollowsARefusal)
+{
+    EXPECT_EQ((calls_t{"open64(0x42, 0666)", "ioctl(0xBBD, {999, 0x2400})", "ioctl(0xBBC, {999, 0x2400})"}),
+              Create(999, {Fail(ENOTTY), Take(1)}));
+    EXPECT_EQ("       | [999] bytes were preallocated for the file [" + m_path + "].\n", Logged());
+}
+
+TEST_F(PosixFilePreallocation, SizeIsSetWhenBothRequestsAreRefused)
+{
+    EXPECT_EQ((calls_t{"open64(0x42, 0666)", "ioctl(0xBBD, {1000, 0x2400})", "ioctl(0xBBC, {1000, 0x2400})",
+                       "ftruncate64(1000)"}),
+              Create(1000, {Fail(ENOTTY), Fail(ENOTTY)}));
+    EXPECT_EQ("       | [1,000] bytes were preallocated for the file [" + m_path + "].\n", Logged());
+    EXPECT_EQ(1000, m_created->GetSize());
+    EXPECT_EQ(0, m_created->GetPosition());
+}
+
+TEST_F(PosixFilePreallocation, FailureOfAllThreeWaysIsAWarningAndTheFileIsOpen)
+{
+    EXPECT_EQ((calls_t{"open64(0x42, 0666)", "ioctl(0xBBD, {1048576, 0x2400})",
+                       "ioctl(0xBBC, {1048576, 0x2400})", "ftruncate64(1048576)"}),
+              Create(1048576, {Fail(ENOTTY), Fail(ENOTTY), Fail(ENOSPC)}));
+    EXPECT_EQ("       | Preallocating [1,048,576] bytes for the file [" + m_path +
+                  "]. Failed.\n"
+                  "       | WARN|Unable to preallocate [1,048,576] bytes for the file [" +
+                  m_path +
+                  "].\n"
+                  "       | >>  |No space left on device\n"
+                  "       | >>  |ftruncate64() has failed.\n",
+              Logged());
+    m_created->WriteText("open");
+    EXPECT_EQ("open456789", ReadFile(m_path));
+}
+
+TEST_F(PosixFilePreallocation, SizeIsNotSetAgainAfterASignal)
+{
+    EXPECT_EQ(4u, Create(5, {Fail(EINTR), Fail(EINTR), Fail(EINTR)}).size());
+    EXPECT_EQ("       | Preallocating [5] bytes for the file [" + m_path +
+                  "]. Failed.\n"
+                  "       | WARN|Unable to preallocate [5] bytes for the file [" +
+                  m_path +
+                  "].\n"
+                  "       | >>  |Interrupted system call\n"
+                  "       | >>  |ftruncate64() has failed.\n",
+              Logged());
+}
+
+TEST_F(PosixFilePreallocation, NegativeSizeIsAskedForAsItStands)
+{
+    EXPECT_EQ((calls_t{"open64(0x42, 0666)", "ioctl(0xBBD, {18446744073708503040, 0x2400})",
+                       "ioctl(0xBBC, {18446744073708503040, 0x2400})", "ftruncate64(-1048576)"}),
+              Create(-1048576, {}));
+    EXPECT_EQ("       | Preallocating [-1,048,576] bytes for the file [" + m_path +
+                  "]. Failed.\n"
+                  "       | WARN|Unable to preallocate [-1,048,576] bytes for the file [" +
+                  m_path +
+                  "].\n"
+                  "       | >>  |Invalid argument\n"
+                  "       | >>  |ftruncate64() has failed.\n",
+              Logged());
+    EXPECT_EQ("0123456789", ReadFile(m_path));
+}
+
+TEST_F(PosixFilePreallocation, SizeOfZeroAsksForNothingAndLogsNothing)
+{
+    EXPECT_EQ(calls_t{"open64(0x42, 0666)"}, Create(0, {}));
+    EXPECT_EQ("", Logged());
+    EXPECT_EQ("0123456789", ReadFile(m_path));
+}
+
+TEST_F(PosixFilePreallocation, FileThatCannotBeOpenedAsksForNothing)
+{
+    EXPECT_EQ(calls_t{"open64(0x42, 0666)"},
+              Calls({Fail(EACCES)}, [&] { posix_file_t::CreateWithPrealloc(m_path, 10); }));
+    EXPECT_EQ("Permission denied\nPOSIX: Failed to create or open file [" + m_path + "].", m_failure);
+    EXPECT_EQ("", Logged());
 }
 
 // Writing

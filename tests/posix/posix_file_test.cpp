@@ -212,6 +212,23 @@ TEST_F(PosixFile, CreateOrOpenAndOpenReadNeverReadTheirFlag)
     }
 }
 
+TEST_F(PosixFile, PreallocatedFileHasItsSizeAndKeepsItsContent)
+{
+    WriteFile(m_path, "content");
+    posix_file_t::CreateWithPrealloc(m_path, 9)->WriteText("C");
+    EXPECT_EQ(std::string("Content\0\0", 9), ReadFile(m_path));
+    EXPECT_EQ(5 * kGiB, posix_file_t::CreateWithPrealloc(m_missing, 5 * kGiB)->GetSize());
+    posix_file_t::CreateWithPrealloc(m_path, 0);
+    EXPECT_EQ(std::string("Content\0\0", 9), ReadFile(m_path));
+}
+
+TEST_F(PosixFile, PreallocationCutsALongerFile)
+{
+    WriteFile(m_path, "content");
+    posix_file_t::CreateWithPrealloc(m_path, 4);
+    EXPECT_EQ("cont", ReadFile(m_path));
+}
+
 TEST_F(PosixFile, OpenByAccessReadsOnlyIfAskedTo)
 {
     WriteFile(m_path, "content");
