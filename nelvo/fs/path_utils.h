@@ -1,0 +1,76 @@
+#pragma once
+
+// Path operations that test what they are given first, and tell every failure twice: what went wrong, and
+// behind it which operation it was:
+//
+//   No such file or directory
+//   CPathUtils: Failed to read link [/tmp/x].
+//
+// A failed system call is posix::errno_exc_t, a failed test exc::runtime_exc_t; both get the context line of
+// each operation that they leave. Between a test and the call that follows it another process may step in.
+
+#include <cstdint>
+#include <string>
+
+class CPathUtils
+{
+public:
+    CPathUtils() = delete;
+
+    // By lstat(2), so that a dangling link exists; false if it says ENOENT. An empty path is "Path is not
+    // set.", here and below. Asks security::CheckPathAccess first.
+    // Context: "CPathUtils: Failed to check whether [<path>] exists."
+    static bool Exists(const std::string& path);
+
+    // Context: "CPathUtils: Unable to get current working directory."
+    static std::string GetCurrentDir();
+
+    // The target must exist, a hard link's name must not. Neither may be empty.
+    // Context: "CPathUtils: Failed to create hard link [<name>] with target [<target>]."
+    static void CreateHardLink(const std::string& target, const std::string& link_name);
+
+    // The target need not exist. Neither may be empty. util::CreateSymlink takes them the other way round.
+    // Context: "CPathUtils: Failed to create symbolic link [<name>] with target [<target>]."
+    static void CreateSymLink(const std::string& target, const std::string& link_name);
+
+    // Never replaces what stands at the target. Equal paths are left alone without any test.
+    // Context: "CPathUtils: Failed to rename file from [<source>] to [<target>]."
+    static void Rename(const std::string& source, const std::string& target);
+
+    // Removes a file, a link or an empty folder. A missing path is no failure.
+    // Context: "CPathUtils: Failed to delete file or directory [<path>]."
+    static void Delete(const std::string& path);
+
+    // The first of /usr/bin/<command>, /bin/<command> and /usr/local/bin/<command> that util::ExistsByStat
+    // finds, whatever it is. Throws exc::runtime_exc_t with "Failed to find command [<command>] full path.",
+    // and what util::ExistsByStat throws, without context.
+    static std::string FindCommand(const std::string& command);
+
+    static char GetSeparator() { return '/'; }
+
+    // Creates the folder, and with parents the missing ones above it. The mode is a decimal number with the
+    // octal digits, such as 755, less the umask (util::ConvertBase).
+    // Context: "CPathUtils: Failed to create directory (path = [<path>], parents = [<parents>], mode =
+    // [<mode>])."
+    //
+    // What exists at the path is taken for the folder, a file too.
+    // Kept: PathUtils.CreateDirTakesWhatStandsThere
+    //
+    // With parents and a separator at the end, the folder itself counts as a parent: it is created, and then
+    // once more, which fails.
+    // Kept: PathUtils.CreateDirWithParentsFailsBehindASeparatorAtTheEnd
+    static void CreateDir(const std::string& path, bool parents, std::uint16_t mode);
+
+    // CreateDir with mode 755, the second without parents.
+    static void CreateDirParents(const std::string& path, bool parents);
+    static void CreateDirPlain(const std::string& path);
+
+    // Copies the content of a file to a path where nothing stands yet; missing folders above it are created.
+    // Owner, mode and times are not copied, and failures to read or write the content are not noticed.
+    // Context: "CPathUtils: Failed to copy file from [<source>] to [<target>]."
+    static void Copy(const std::string& source, const std::string& target);
+
+    // The target of a link, as it stands there.
+    // Context: "CPathUtils: Failed to read link [<path>]."
+    static std::string ReadLink(const std::string& path);
+};

@@ -1,0 +1,521 @@
+#include "nelvo/fs/path_utils.h"
+
+#include <filesystem>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <gtest/gtest.h>
+
+#include "nelvo/core/exc/errno_exc.h"
+#include "nelvo/core/exc/runtime_exc.h"
+#include "tests/fs/child.h"
+#include "tests/fs/thrown.h"
+#include "tests/support/temp_folder.h"
+
+namespace
+{
+
+// A folder with one object of each kind, named after it.
+class PathUtils : public testing::Test
+{
+protected:
+    PathUtils()
+    {
+        ::umask(0);
+        WriteFile(Path("file"), "text");
+        EXPECT_EQ(0, ::mkdir(Path("folder").c_str(), 0700));
+        EXPECT_EQ(0, ::symlink("file", Path("link").c_str()));
+        EXPECT_EQ(0, ::symlink("none", Path("dangling").c_str()));
+        EXPECT_EQ(0, ::symlink("circle", Path("circle").c_str()));
+    }
+
+    std::string Path(const std::string& name) const { return m_folder / name; }
+
+    static bool Stands(const std::string& path)
+    {
+        struct stat info = {};
+        return ::lstat(path.c_str(), &info) == 0;
+    }
+
+    static std::string FailedCheck(const std::string& path)
+    {
+        return "\nCPathUtils: Failed to check whether [" + path + "] exists.";
+    }
+
+    // The text with which a call on two paths fails, as exc::runtime_exc_t.
+    template <class Call>
+    static std::string Refusal(Call call, const std::string& first, const std::string& second)
+    {
+        return Thrown<exc::runtime_exc_t>([&] { call(first, second); });
+    }
+
+    static unsigned Mode(const std::string& path)
+    {
+        struct stat info = {};
+        EXPECT_EQ(0, ::stat(path.c_str(), &info)) << path;
+        return info.st_mode & 07777;
+    }
+
+    temp_folder_t m_folder;
+};
+
+const std::string kLongName(256, 'x');
+
+} // namespace
+
+// Exists
+
+TEST_F(PathUtils, ExistsDoesNotFollowLinks)
+{
+    for (const char* name : {"file", "folder", "link", "dangling", "circle"})
+        EXPECT_TRUE(CPathUtils::Exists(Path(name))) << name;
+    EXPECT_FALSE(CPathUtils::Exists(Path("none")));
+    EXPECT_FALSE(CPathUtils::Exists(Path("none/none")));
+}
+
+TEST_F(PathUtils, ExistsWantsAPath)
+{
+    EXPECT_EQ("Path is not set." + FailedCheck(""),
+              Thrown<exc::runtime_exc_t>([] { CPathUtils::Exists(""); }));
+}
+
+TEST_F(PathUtils, ExistsThrowsWhatIsNotMereAbsence)
+{
+    EXPECT_EQ("Not a directory" + FailedCheck(Path("file/x")),
+              Thrown<posix::errno_exc_t>([&] { CPathUtils::Exists(Path("file/x")); }));
+    EXPECT_EQ("Too many levels of symbolic links" + FailedCheck(Path("circle/x")),
+              Thrown<posix::errno_exc_t>([&] { CPathUtils::Exists(Path("circle/x")); }));
+    EXPECT_EQ("File name too long" + FailedCheck(Path(kLongName)),
+              Thrown<posix::errno_exc_t>([&] { CPathUtils::Exists(Path(kLongName)); }));
+}
+
+// Current folder, separator
+
+TEST_F(PathUtils, CurrentDirIsTheProcesss)
+{
+    InChild(
+        [&]
+        {
+            ASSERT_EQ(0, ::chdir(Path("folder").c_str()));
+            EXPECT_EQ(Path("folder"), CPathUtils::GetCurrentDir());
+        });
+}
+
+TEST_F(PathUtils, CurrentDirThatIsGoneIsAFailure)
+{
+    InChild(
+        [&]
+        {
+            ASSERT_EQ(0, ::chdir(Path("folder").c_str()));
+            ASSERT_EQ(0, ::rmdir(Path("folder").c_str()));
+            EXPECT_EQ("No such file or directory\nCPathUtils: Unable to get current working directory.",
+                      Thrown<posix::errno_exc_t>(CPathUtils::GetCurrentDir));
+        });
+}
+
+TEST_F(PathUtils, CurrentDirOf4096BytesIsTooLong)
+{
+    InChild(
+        [&]
+        {
+            const std::string name(199, 'd');
+            std::string path = m_folder.path();
+            ASSERT_EQ(0, ::chdir(path.c_str()));
+            const auto descend = [&](const std::string& folder)
+            {
+                ASSERT_EQ(0, ::mkdir(folder.c_str(), 0700));
+                ASSERT_EQ(0, ::chdir(folder.c_str()));
+                path += "/" + folder;
+            };
+            while (4095 - path.size() > 256)
+                descend(name);
+            descend(std::string(4095 - path.size() - 1, 'e'));
+            EXPECT_EQ(path, CPathUtils::GetCurrentDir());
+            ASSERT_EQ(4095u, path.size());
+            descend("f");
+            EXPECT_EQ("Numerical result out of range\nCPathUtils: Unable to get current working directory.",
+                      Thrown<posix::errno_exc_t>(CPathUtils::GetCurrentDir));
+        });
+}
+
+TEST(PathUtilsSeparator, IsASlash) { EXPECT_EQ('/', CPathUtils::GetSeparator()); }
+
+// Links
+
+TEST_F(PathUtils, HardLinkIsTheSameFile)
+{
+    CPathUtils::CreateHardLink(Path("file"), Path("new"));
+    EXPECT_TRUE(std::filesystem::equivalent(Path("file"), Path("new")));
+    EXPECT_EQ(2u, std::filesystem::hard_link_count(Path("file")));
+}
+
+TEST_F(PathUtils, HardLinkToADanglingLinkIsToTheLink)
+{
+    CPathUtils::CreateHardLink(Path("dangling"), Path("new"));
+    EXPECT_EQ("none", CPathUtils::ReadLink(Path("new")));
+}
+
+TEST_F(PathUtils, HardLinkWantsAnExistingTarget)
+{
+    EXPECT_EQ("Target path is not exist.\nCPathUtils: Failed to create hard link [" + Path("new") +
+                  "] with target [" + Path("none") + "].",
+              Refusal(CPathUtils::CreateHardLink, Path("none"), Path("new")));
+}
+
+TEST_F(PathUtils, HardLinkWantsBothNamesTheLinksFirst)
+{
+    EXPECT_EQ("Link filename is empty.\nCPathUtils: Failed to create hard link [] with target [].",
+              Refusal(CPathUtils::CreateHardLink, "", ""));
+    EXPECT_EQ("Link target path is empty.\nCPathUtils: Failed to create hard link [x] with target [].",
+              Refusal(CPathUtils::CreateHardLink, "", "x"));
+}
+
+TEST_F(PathUtils, HardLinkToldWhyItsTargetCannotBeFound)
+{
+    EXPECT_EQ("Not a directory" + FailedCheck(Path("file/x")) + "\nCPathUtils: Failed to create hard link [" +
+                  Path("new") + "] with target [" + Path("file/x") + "].",
+              Thrown<posix::errno_exc_t>([&] { CPathUtils::CreateHardLink(Path("file/x"), Path("new")); }));
+}
+
+TEST_F(PathUtils, HardLinkDoesNotReplace)
+{
+    EXPECT_EQ("File exists\nCPathUtils: Failed to create hard link [" + Path("link") + "] with target [" +
+                  Path("file") + "].",
+              Thrown<posix::errno_exc_t>([&] { CPathUtils::CreateHardLink(Path("file"), Path("link")); }));
+}
+
+TEST_F(PathUtils, SymLinkTakesTheTargetFirstWhichMayBeMissing)
+{
+    CPathUtils::CreateSymLink("no such file", Path("new"));
+    EXPECT_EQ("no such file", CPathUtils::ReadLink(Path("new")));
+}
+
+TEST_F(PathUtils, SymLinkWantsBothNamesTheLinksFirst)
+{
+    EXPECT_EQ("Link filename is empty.\nCPathUtils: Failed to create symbolic link [] with target [].",
+              Refusal(CPathUtils::CreateSymLink, "", ""));
+    EXPECT_EQ("Link target path is empty.\nCPathUtils: Failed to create symbolic link [x] with target [].",
+              Refusal(CPathUtils::CreateSymLink, "", "x"));
+}
+
+TEST_F(PathUtils, SymLinkDoesNotReplace)
+{
+    EXPECT_EQ("File exists\nCPathUtils: Failed to create symbolic link [" + Path("file") +
+                  "] with target [x].",
+              Thrown<posix::errno_exc_t>([&] { CPathUtils::CreateSymLink("x", Path("file")); }));
+}
+
+TEST_F(PathUtils, ReadLinkGivesTheTargetAsItStands)
+{
+    EXPECT_EQ("file", CPathUtils::ReadLink(Path("link")));
+    EXPECT_EQ("circle", CPathUtils::ReadLink(Path("circle")));
+}
+
+TEST_F(PathUtils, ReadLinkWantsALink)
+{
+    EXPECT_EQ("Path is not set.\nCPathUtils: Failed to read link [].",
+              Thrown<exc::runtime_exc_t>([] { CPathUtils::ReadLink(""); }));
+    EXPECT_EQ("Invalid argument\nreadlink(" + Path("file") +
+                  ") has failed.\nCPathUtils: Failed to read link [" + Path("file") + "].",
+              Thrown<posix::errno_exc_t>([&] { CPathUtils::ReadLink(Path("file")); }));
+}
+
+// Rename, Delete
+
+TEST_F(PathUtils, RenameMovesFilesFoldersAndLinks)
+{
+    for (const char* name : {"file", "folder", "dangling"})
+    {
+        CPathUtils::Rename(Path(name), Path("new"));
+        EXPECT_TRUE(!Stands(Path(name)) && Stands(Path("new"))) << name;
+        CPathUtils::Delete(Path("new"));
+    }
+}
+
+TEST_F(PathUtils, RenameOfEqualPathsLooksAtNothing)
+{
+    EXPECT_NO_THROW(CPathUtils::Rename(Path("none"), Path("none")));
+    EXPECT_NO_THROW(CPathUtils::Rename("", ""));
+    EXPECT_NO_THROW(CPathUtils::Rename(Path("file/x"), Path("file/x")));
+}
+
+TEST_F(PathUtils, RenameWantsASource)
+{
+    EXPECT_EQ("Source path is not exist.\nCPathUtils: Failed to rename file from [" + Path("none") +
+                  "] to [" + Path("new") + "].",
+              Refusal(CPathUtils::Rename, Path("none"), Path("new")));
+    EXPECT_EQ("Path is not set." + FailedCheck("") + "\nCPathUtils: Failed to rename file from [] to [x].",
+              Refusal(CPathUtils::Rename, "", "x"));
+    EXPECT_EQ("Path is not set." + FailedCheck("") + "\nCPathUtils: Failed to rename file from [" +
+                  Path("file") + "] to [].",
+              Refusal(CPathUtils::Rename, Path("file"), ""));
+}
+
+TEST_F(PathUtils, RenameNeverReplaces)
+{
+    for (const char* name : {"folder", "link", "dangling"})
+        EXPECT_EQ("Target path currently exist.\nCPathUtils: Failed to rename file from [" + Path("file") +
+                      "] to [" + Path(name) + "].",
+                  Refusal(CPathUtils::Rename, Path("file"), Path(name)));
+}
+
+TEST_F(PathUtils, RenameThatFailsIsToldWithItsErrno)
+{
+    EXPECT_EQ("No such file or directory\nCPathUtils: Failed to rename file from [" + Path("file") +
+                  "] to [" + Path("none/x") + "].",
+              Thrown<posix::errno_exc_t>([&] { CPathUtils::Rename(Path("file"), Path("none/x")); }));
+}
+
+TEST_F(PathUtils, DeleteTakesFilesLinksAndEmptyFolders)
+{
+    for (const char* name : {"link", "dangling", "circle", "folder"})
+    {
+        CPathUtils::Delete(Path(name));
+        EXPECT_FALSE(Stands(Path(name))) << name;
+    }
+    EXPECT_TRUE(Stands(Path("file")));
+}
+
+TEST_F(PathUtils, DeleteOfNothingIsNoFailure)
+{
+    EXPECT_NO_THROW(CPathUtils::Delete(Path("none")));
+    EXPECT_NO_THROW(CPathUtils::Delete(Path("file/x")));
+}
+
+TEST_F(PathUtils, DeleteThatFailsIsToldInTheSystemsWords)
+{
+    EXPECT_EQ("Path is not set.\nCPathUtils: Failed to delete file or directory [].",
+              Thrown<exc::runtime_exc_t>([] { CPathUtils::Delete(""); }));
+    EXPECT_EQ("Directory not empty\nCPathUtils: Failed to delete file or directory [" + m_folder.path() +
+                  "].",
+              Thrown<exc::runtime_exc_t>([&] { CPathUtils::Delete(m_folder.path()); }));
+}
+
+// FindCommand
+
+TEST(FindCommand, FirstOfThreeFoldersWins)
+{
+    InPrivateMounts(
+        []
+        {
+            for (const char* folder : {"/usr/local/bin", "/bin", "/usr/bin"})
+                MountEmpty(folder);
+            WriteFile("/usr/local/bin/c", "");
+            EXPECT_EQ("/usr/local/bin/c", CPathUtils::FindCommand("c"));
+            WriteFile("/bin/c", "");
+            EXPECT_EQ(std::filesystem::equivalent("/bin", "/usr/bin") ? "/usr/bin/c" : "/bin/c",
+                      CPathUtils::FindCommand("c"));
+            std::filesystem::create_directory("/usr/bin/d");
+            EXPECT_EQ("/usr/bin/d", CPathUtils::FindCommand("d"));
+        });
+}
+
+TEST(FindCommand, EmptyNameIsTheFirstFolder) { EXPECT_EQ("/usr/bin/", CPathUtils::FindCommand("")); }
+
+TEST(FindCommand, PathAndCurrentFolderDoNotMatter)
+{
+    const temp_folder_t folder;
+    WriteFile(folder / "nelvo-command", "");
+    InChild(
+        [&]
+        {
+            ASSERT_EQ(0, ::chdir(folder.path().c_str()));
+            ::setenv("PATH", folder.path().c_str(), 1);
+            EXPECT_EQ("Failed to find command [nelvo-command] full path.",
+                      Thrown<exc::runtime_exc_t>([] { CPathUtils::FindCommand("nelvo-command"); }));
+        });
+}
+
+TEST(FindCommand, FailureToLookHasNoContext)
+{
+    EXPECT_EQ("Not a directory\nFailed to get file system object info: '/usr/bin/ls/x'",
+              Thrown<posix::errno_exc_t>([] { CPathUtils::FindCommand("ls/x"); }));
+}
+
+// CreateDir
+
+TEST_F(PathUtils, CreateDirReadsTheModesDigitsAsOctal)
+{
+    CPathUtils::CreateDir(Path("a"), false, 750);
+    EXPECT_EQ(0750u, Mode(Path("a")));
+    CPathUtils::CreateDir(Path("b"), false, 1777);
+    EXPECT_EQ(01777u, Mode(Path("b")));
+    CPathUtils::CreateDir(Path("c"), false, 0);
+    EXPECT_EQ(0u, Mode(Path("c")));
+    CPathUtils::CreateDir(Path("d"), false, 789);
+    EXPECT_EQ(01011u, Mode(Path("d")));
+}
+
+TEST_F(PathUtils, CreateDirIsSubjectToTheUmask)
+{
+    ::umask(027);
+    CPathUtils::CreateDir(Path("a"), false, 777);
+    EXPECT_EQ(0750u, Mode(Path("a")));
+}
+
+TEST_F(PathUtils, CreateDirWithParentsGivesEachTheMode)
+{
+    CPathUtils::CreateDir(Path("a/b/c"), true, 711);
+    EXPECT_EQ(0711u, Mode(Path("a")));
+    EXPECT_EQ(0711u, Mode(Path("a/b")));
+    EXPECT_EQ(0711u, Mode(Path("a/b/c")));
+}
+
+TEST_F(PathUtils, CreateDirTakesWhatStandsThere)
+{
+    for (const char* name : {"file", "folder", "dangling"})
+        EXPECT_NO_THROW(CPathUtils::CreateDir(Path(name), true, 755)) << name;
+    EXPECT_EQ("text", ReadFile(Path("file")));
+}
+
+TEST_F(PathUtils, CreateDirWithoutParentsWantsThem)
+{
+    EXPECT_EQ("No such file or directory\nUnable to create directory [" + Path("a/b") +
+                  "].\nCPathUtils: Failed to create directory (path = [" + Path("a/b") +
+                  "], parents = [false], mode = [755]).",
+              Thrown<posix::errno_exc_t>([&] { CPathUtils::CreateDir(Path("a/b"), false, 755); }));
+}
+
+TEST_F(PathUtils, CreateDirOfNoPathIsAFailure)
+{
+    EXPECT_EQ("Path is not set.\nCPathUtils: Failed to create directory (path = [], parents = [true], mode = "
+              "[7]).",
+              Thrown<exc::runtime_exc_t>([] { CPathUtils::CreateDir("", true, 7); }));
+}
+
+TEST_F(PathUtils, CreateDirTellsOfEachLevelThatItFailed)
+{
+    ASSERT_EQ(0, ::symlink("none/none", Path("a").c_str()));
+    EXPECT_EQ("No such file or directory\nUnable to create directory [" + Path("a/b") +
+                  "].\nCPathUtils: Failed to create directory (path = [" + Path("a/b") +
+                  "], parents = [true], mode = [700]).\nCPathUtils: Failed to create directory (path = [" +
+                  Path("a/b/c") + "], parents = [true], mode = [700]).",
+              Thrown<posix::errno_exc_t>([&] { CPathUtils::CreateDir(Path("a/b/c"), true, 700); }));
+}
+
+TEST_F(PathUtils, CreateDirWithParentsFailsBehindASeparatorAtTheEnd)
+{
+    EXPECT_EQ("File exists\nUnable to create directory [" + Path("a/") +
+                  "].\nCPathUtils: Failed to create directory (path = [" + Path("a/") +
+                  "], parents = [true], mode = [755]).",
+              Thrown<posix::errno_exc_t>([&] { CPathUtils::CreateDir(Path("a/"), true, 755); }));
+    EXPECT_TRUE(Stands(Path("a")));
+    EXPECT_NO_THROW(CPathUtils::CreateDir(Path("b/"), false, 755));
+}
+
+TEST_F(PathUtils, CreateDirInTheRootOrHereNeedsNoParent)
+{
+    InPrivateMounts(
+        [&]
+        {
+            ASSERT_EQ(0, ::chdir(m_folder.path().c_str()));
+            CPathUtils::CreateDir("a", true, 755);
+            EXPECT_TRUE(Stands(Path("a")));
+            ASSERT_EQ(0, ::chroot(m_folder.path().c_str()));
+            CPathUtils::CreateDir("/x", true, 755);
+            EXPECT_TRUE(Stands("/x"));
+        });
+    EXPECT_TRUE(Stands(Path("x")));
+}
+
+TEST_F(PathUtils, CreateDirShortFormsHaveMode755)
+{
+    CPathUtils::CreateDirPlain(Path("a"));
+    EXPECT_EQ(0755u, Mode(Path("a")));
+    CPathUtils::CreateDirParents(Path("b/c"), true);
+    EXPECT_EQ(0755u, Mode(Path("b")));
+    EXPECT_EQ(0755u, Mode(Path("b/c")));
+    EXPECT_THROW(CPathUtils::CreateDirPlain(Path("d/e")), posix::errno_exc_t);
+    EXPECT_THROW(CPathUtils::CreateDirParents(Path("d/e"), false), posix::errno_exc_t);
+}
+
+// Copy
+
+TEST_F(PathUtils, CopyTakesTheContentAlone)
+{
+    std::string content;
+    for (int i = 0; i != 10000; ++i)
+        content += static_cast<char>(i % 251);
+    for (const std::size_t size : {0u, 1u, 4095u, 4096u, 4097u, 8192u, 10000u})
+    {
+        WriteFile(Path("source"), content.substr(0, size));
+        ASSERT_EQ(0, ::chmod(Path("source").c_str(), 0700));
+        CPathUtils::Copy(Path("source"), Path("copy"));
+        EXPECT_EQ(content.substr(0, size), ReadFile(Path("copy"))) << size;
+        EXPECT_EQ(0666u, Mode(Path("copy")));
+        CPathUtils::Delete(Path("copy"));
+    }
+}
+
+TEST_F(PathUtils, CopyMakesTheFoldersAboveTheTarget)
+{
+    CPathUtils::Copy(Path("link"), Path("a/b/copy"));
+    EXPECT_EQ("text", ReadFile(Path("a/b/copy")));
+    EXPECT_EQ(0755u, Mode(Path("a/b")));
+}
+
+TEST_F(PathUtils, CopyToABareNameNeedsNoFolder)
+{
+    InChild(
+        [&]
+        {
+            ASSERT_EQ(0, ::chdir(m_folder.path().c_str()));
+            CPathUtils::Copy("file", "copy");
+        });
+    EXPECT_EQ("text", ReadFile(Path("copy")));
+}
+
+TEST_F(PathUtils, CopyIntoTheRootFails)
+{
+    const std::string target = "/nelvo-copy-into-the-root";
+    EXPECT_EQ("Path is not set.\nCPathUtils: Failed to create directory (path = [], parents = [true], mode = "
+              "[755]).\nCPathUtils: Failed to copy file from [" +
+                  Path("file") + "] to [" + target + "].",
+              Refusal(CPathUtils::Copy, Path("file"), target));
+    EXPECT_FALSE(Stands(target));
+}
+
+TEST_F(PathUtils, CopyWantsASourceAndNoTarget)
+{
+    const auto context = [&](const std::string& source, const std::string& target)
+    { return "\nCPathUtils: Failed to copy file from [" + Path(source) + "] to [" + Path(target) + "]."; };
+
+    EXPECT_EQ("Source path is not exist." + context("none", "copy"),
+              Refusal(CPathUtils::Copy, Path("none"), Path("copy")));
+    EXPECT_EQ("Target path currently exist." + context("file", "dangling"),
+              Refusal(CPathUtils::Copy, Path("file"), Path("dangling")));
+    EXPECT_EQ("Target path currently exist." + context("file", "file"),
+              Refusal(CPathUtils::Copy, Path("file"), Path("file")));
+}
+
+TEST_F(PathUtils, CopyThatCannotOpenNamesTheFile)
+{
+    EXPECT_EQ("Unable to open source file: [" + Path("dangling") +
+                  "].\nCPathUtils: Failed to copy file from [" + Path("dangling") + "] to [" +
+                  Path("a/copy") + "].",
+              Refusal(CPathUtils::Copy, Path("dangling"), Path("a/copy")));
+    EXPECT_FALSE(Stands(Path("a")));
+
+    const std::string folder = Path("a/");
+    EXPECT_EQ("Unable to open target file: [" + folder + "].\nCPathUtils: Failed to copy file from [" +
+                  Path("file") + "] to [" + folder + "].",
+              Refusal(CPathUtils::Copy, Path("file"), folder));
+}
+
+TEST_F(PathUtils, CopyOfAFolderIsAnEmptyFile)
+{
+    CPathUtils::Copy(Path("folder"), Path("copy"));
+    EXPECT_EQ("", ReadFile(Path("copy")));
+}
+
+TEST_F(PathUtils, CopyToAFullDiskIsShortWithoutAWord)
+{
+    WriteFile(Path("source"), std::string(1000000, 'x'));
+    InPrivateMounts(
+        [&]
+        {
+            MountEmpty(Path("folder"), "65536");
+            CPathUtils::Copy(Path("source"), Path("folder/copy"));
+            EXPECT_EQ(65536u, std::filesystem::file_size(Path("folder/copy")));
+        });
+}
