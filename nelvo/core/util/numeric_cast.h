@@ -24,7 +24,8 @@ bool FitsInto(Source value)
     if constexpr (std::is_floating_point_v<Source>)
     {
         // The number above the largest one: a power of two, hence exact.
-        constexpr Source kEnd = static_cast<Source>(limits_t::max() / 2 + 1) * 2;
+        constexpr Target kHalf = limits_t::max() / 2 + 1;
+        constexpr Source kEnd = static_cast<Source>(kHalf) * 2;
         constexpr Source kBegin = limits_t::is_signed ? -kEnd : 0;
         return value >= kBegin && value < kEnd && std::trunc(value) == value;
     }
