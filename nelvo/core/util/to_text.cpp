@@ -1,7 +1,9 @@
 #include "nelvo/core/util/to_text.h"
 
 #include <array>
-#include <charconv>
+#include <iomanip>
+#include <locale>
+#include <sstream>
 
 namespace util
 {
@@ -48,9 +50,11 @@ std::string SizeText(std::uint64_t bytes)
         ++unit;
     }
 
-    std::array<char, 32> digits{};
-    const auto end = std::to_chars(digits.begin(), digits.end(), number, std::chars_format::fixed, 3).ptr;
-    return std::string(digits.data(), end).append(kUnits[unit]);
+    // A stream, since std::to_chars of a floating point number would have each program load libm.
+    std::ostringstream text;
+    text.imbue(std::locale::classic());
+    text << std::fixed << std::setprecision(3) << number << kUnits[unit];
+    return text.str();
 }
 
 std::wstring WideSizeText(std::uint64_t bytes)
