@@ -1,3 +1,4 @@
 #include "tool/agent_log.h"
 
-const logging::log_channel_t agent_log("agentid");
+// Built before main, where running out of memory ends the process.
+const logging::log_channel_t agent_log("agentid"); // NOLINT(cert-err58-cpp)
