@@ -48,6 +48,19 @@ class Commands(unittest.TestCase):
     def path(self, *names):
         return os.path.join(self.root, *names)
 
+    def become(self, **programs):
+        """Puts other programs in the place of those that are found first."""
+        for name, text in programs.items():
+            with open(self.path("bin", name), "w", encoding="utf-8") as file:
+                file.write("#!/bin/sh\n" + text)
+            os.chmod(self.path("bin", name), 0o755)
+
+    def only_in_bin(self, *names):
+        """The search path on which the system's own programs are found by these names alone."""
+        for name in names:
+            os.symlink(shutil.which(name), self.path("bin", name))
+        return self.path("bin")
+
     def run_command(self, command, *arguments, **environment):
         calls = self.path("calls")
         environment = {"PATH": self.path("bin") + ":/usr/bin:/bin", "CALLS": calls, **environment}
@@ -84,8 +97,7 @@ class Run(Commands):
 
     def test_shows_all_of_a_log_that_was_begun_anew(self):
         self.run_tool(logged="first, and longer\n")
-        with open(self.path("bin", "tool"), "w", encoding="utf-8") as file:
-            file.write('#!/bin/sh\nprintf "second\\n" > "$2"\n')
+        self.become(tool='printf "second\\n" > "$2"\n')
         self.assertTrue(self.run_tool().stderr.endswith(".\nsecond\n"))
 
     def test_passes_the_callers_log_on_and_adds_none(self):
@@ -100,11 +112,25 @@ class Run(Commands):
     def test_ends_with_the_tools_status(self):
         self.assertEqual(7, self.run_tool(STATUS="7").returncode)
 
+    def test_ends_with_the_tools_status_when_the_log_cannot_be_shown(self):
+        self.become(tail="exit 1\n")
+        result = self.run_tool(logged="line\n")
+        self.assertEqual((0, ID), (result.returncode, result.stdout))
+
+    def test_prints_nothing_when_the_build_fails(self):
+        self.become(cmake="exit 3\n")
+        result = self.run_tool()
+        self.assertEqual((3, "", ["bootstrap ", "configure release"]),
+                         (result.returncode, result.stdout, self.calls))
+
+    def test_says_so_when_there_is_no_way_to_become_root(self):
+        self.become(id="echo 1000\n")
+        result = self.run_tool(PATH=self.only_in_bin("cp", "dirname", "mkdir", "sh"))
+        self.assertEqual((1, ""), (result.returncode, result.stdout))
+        self.assertIn("there is no sudo to become root", result.stderr)
+
     def test_becomes_root_by_sudo(self):
-        for name, text in (("id", "echo 1000\n"), ("sudo", NOTES + 'exec "$@"\n')):
-            with open(self.path("bin", name), "w", encoding="utf-8") as file:
-                file.write("#!/bin/sh\n" + text)
-            os.chmod(self.path("bin", name), 0o755)
+        self.become(id="echo 1000\n", sudo=NOTES + 'exec "$@"\n')
         self.assertEqual(ID, self.run_tool("-l", "x.log").stdout)
         self.assertEqual("sudo ROOT/build/release/tool/nelvoagentid -l x.log", self.calls[-2])
 
@@ -145,6 +171,97 @@ class Bootstrap(Commands):
     def test_becomes_root_by_sudo(self):
         _, calls = self.bootstrap(["g++"], user=1000, sudo=NOTES + 'exec "$@"\n')
         self.assertEqual(f"sudo env DEBIAN_FRONTEND=noninteractive {APT} update", calls[0])
+
+
+class Test(Commands):
+    def setUp(self):
+        notes = "#!/bin/sh\n" + NOTES
+        self.command = self.make("test", {"script/bootstrap": notes, "script/configure": notes},
+                                 {"cmake": NOTES, "ctest": NOTES + 'exit "${STATUS:-0}"\n', "nproc": "echo 2\n"})
+
+    def calls_of(self, *arguments):
+        return self.run_command(self.command, *arguments)[1]
+
+    def test_builds_and_runs_all_tests_of_the_release(self):
+        result, calls = self.run_command(self.command)
+        ctest = "ctest --test-dir build/release --output-on-failure --no-tests=error --parallel 2"
+        self.assertEqual(["bootstrap ", "configure release", "cmake --build --preset release", ctest], calls)
+        stages = "".join(f"== release: {stage} took [0-9]+ s\n" for stage in ("bootstrap", "configure", "build"))
+        self.assertRegex(result.stdout, f"^{stages}== release: tests\n$")
+
+    def test_takes_a_preset_and_a_pattern(self):
+        for arguments in (["--preset", "asan", "Guid.*"], ["--preset=asan", "Guid.*"], ["Guid.*", "--preset", "asan"]):
+            calls = self.calls_of(*arguments)[-4:]
+            self.assertEqual(["configure asan", "cmake --build --preset asan"], calls[1:3])
+            self.assertRegex(calls[3], r"^ctest --test-dir build/asan .* --tests-regex Guid\.\*$")
+
+    def test_refuses_what_it_does_not_know(self):
+        for arguments in (["--what"], ["one", "two"], ["--preset"]):
+            result, calls = self.run_command(self.command, *arguments)
+            self.assertEqual((2, []), (result.returncode, calls))
+
+    def test_ends_with_the_runners_status(self):
+        self.assertEqual(8, self.run_command(self.command, STATUS="8")[0].returncode)
+
+    def test_runs_nothing_when_the_build_fails(self):
+        self.become(cmake=NOTES + "exit 3\n")
+        result, calls = self.run_command(self.command)
+        self.assertEqual((3, "cmake --build --preset release"), (result.returncode, calls[-1]))
+
+
+class Configure(Commands):
+    def setUp(self):
+        self.command = self.make("configure", {"CMakePresets.json": "{}"},
+                                 {"cmake": NOTES + "mkdir -p build/asan && touch build/asan/CMakeCache.txt\n"})
+        os.utime(self.path("CMakePresets.json"), (0, 0))
+
+    def count(self):
+        return len(self.run_command(self.command, "asan")[1])
+
+    def test_runs_cmake_once(self):
+        self.assertEqual(1, self.count())
+        self.assertEqual(1, self.count())
+
+    def test_runs_cmake_again_for_newer_presets(self):
+        self.count()
+        os.utime(self.path("build", "asan", "configured"), (1, 1))
+        os.utime(self.path("CMakePresets.json"), (2, 2))
+        self.assertEqual(2, self.count())
+
+    def test_runs_cmake_again_without_its_cache(self):
+        self.count()
+        os.remove(self.path("build", "asan", "CMakeCache.txt"))
+        self.assertEqual(2, self.count())
+
+
+class Lint(Commands):
+    def setUp(self):
+        notes = "#!/bin/sh\n" + NOTES
+        sources = {"nelvo/a.h": "", "nelvo/a.cpp": "", "tool/b.cpp": "", "tests/c.cpp": "", "bench/d.cpp": ""}
+        self.command = self.make("lint", {"script/bootstrap": notes, "script/configure": notes, **sources},
+                                 {"clang-format": NOTES, "clang-tidy": NOTES, "nproc": "echo 1\n"})
+
+    def lint(self, *arguments):
+        result, calls = self.run_command(self.command, *arguments)
+        self.status = result.returncode
+        words = [call.split() for call in calls]
+        return [{word for call in words if call[0] == name for word in call if word.endswith((".h", ".cpp"))}
+                for name in ("clang-format", "clang-tidy")]
+
+    def test_looks_at_every_file(self):
+        sources = {"nelvo/a.cpp", "tool/b.cpp", "tests/c.cpp", "bench/d.cpp"}
+        self.assertEqual([sources | {"nelvo/a.h"}, sources], self.lint())
+        self.assertEqual(0, self.status)
+
+    def test_looks_at_the_files_that_it_is_given(self):
+        self.assertEqual([{"nelvo/a.h", "tool/b.cpp"}, {"tool/b.cpp"}], self.lint("nelvo/a.h", "tool/b.cpp"))
+
+    def test_fails_when_a_linter_does(self):
+        for name in ("clang-format", "clang-tidy"):
+            self.become(**{name: "exit 1\n"})
+            self.lint()
+            self.assertNotEqual(0, self.status)
+            self.become(**{name: NOTES})
 
 
 if __name__ == "__main__":

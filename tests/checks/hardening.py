@@ -54,19 +54,27 @@ def program_faults(tool, program):
     return [f"{program}: {fault}" for fault in faults]
 
 
-def command_faults(commands):
+def last_of(arguments, *flags):
+    """The flag that counts: the last of those that overrule each other."""
+    given = [argument for argument in arguments if argument.startswith(flags)]
+    return given[-1] if given else None
+
+
+def command_faults(commands, root):
+    product = tuple(os.path.join(root, folder, "") for folder in ("nelvo", "tool"))
     with open(commands, encoding="utf-8") as file:
-        entries = json.load(file)
+        entries = [entry for entry in json.load(file) if entry["file"].startswith(product)]
     for entry in entries:
         arguments = entry["command"].split()
-        if "-fstack-protector-strong" not in arguments:
+        if last_of(arguments, "-fstack-protector", "-fno-stack-protector") != "-fstack-protector-strong":
             yield f"{entry['file']}: compiled without -fstack-protector-strong"
-        if "-D_FORTIFY_SOURCE=2" not in arguments and os.path.basename(entry["file"]) != _UNFORTIFIED:
+        fortify = last_of(arguments, "-D_FORTIFY_SOURCE", "-U_FORTIFY_SOURCE")
+        if fortify != "-D_FORTIFY_SOURCE=2" and os.path.basename(entry["file"]) != _UNFORTIFIED:
             yield f"{entry['file']}: compiled without -D_FORTIFY_SOURCE=2"
 
 
-def check(tool, program, commands):
-    return program_faults(tool, program) + list(command_faults(commands))
+def check(tool, program, commands, root):
+    return program_faults(tool, program) + list(command_faults(commands, root))
 
 
 if __name__ == "__main__":

@@ -28,13 +28,13 @@ COMPILER, READELF = sys.argv[1:3]
 
 
 class Hardening(unittest.TestCase):
-    def faults(self, *flags, source_flags=SOURCE_FLAGS, source="main.cpp"):
-        commands = [{"file": source, "command": f"c++ {source_flags} -c {source}"}]
+    def faults(self, *flags, source_flags=SOURCE_FLAGS, source="tool/main.cpp"):
+        commands = [{"file": f"/root/{source}", "command": f"c++ {source_flags} -c {source}"}]
         with MadeTree({"main.cpp": SOURCE, "commands.json": json.dumps(commands)}) as root:
             program = os.path.join(root, "main")
             subprocess.run([COMPILER, os.path.join(root, "main.cpp"), "-o", program, *FLAGS, *flags],
                            check=True)
-            faults = hardening.check(READELF, program, os.path.join(root, "commands.json"))
+            faults = hardening.check(READELF, program, os.path.join(root, "commands.json"), "/root")
             return [fault.removeprefix(program + ": ") for fault in faults]
 
     def test_a_program_in_order_has_no_faults(self):
@@ -67,12 +67,18 @@ class Hardening(unittest.TestCase):
         self.assertEqual(["needs libm.so.6"], self.faults("-Wl,--no-as-needed", "-lm"))
 
     def test_a_source_that_is_compiled_without_protection_is_a_fault(self):
-        self.assertEqual(["main.cpp: compiled without -fstack-protector-strong",
-                          "main.cpp: compiled without -D_FORTIFY_SOURCE=2"], self.faults(source_flags="-O2"))
+        faults = ["/root/tool/main.cpp: compiled without -fstack-protector-strong",
+                  "/root/tool/main.cpp: compiled without -D_FORTIFY_SOURCE=2"]
+        self.assertEqual(faults, self.faults(source_flags="-O2"))
+        self.assertEqual(faults, self.faults(source_flags=SOURCE_FLAGS
+                                             + " -fno-stack-protector -U_FORTIFY_SOURCE"))
+
+    def test_what_is_not_shipped_may_be_compiled_otherwise(self):
+        self.assertEqual([], self.faults(source_flags="-O2", source="tests/main.cpp"))
 
     def test_the_source_that_defines_functions_of_the_c_library_is_not_fortified(self):
         self.assertEqual([], self.faults(source_flags="-fstack-protector-strong",
-                                         source="libc_overrides.cpp"))
+                                         source="tool/libc_overrides.cpp"))
 
 
 if __name__ == "__main__":
