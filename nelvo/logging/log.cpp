@@ -31,6 +31,20 @@ private:
     bool& m_flag;
 };
 
+// Lets the receiver go at exit while the log is still whole, so that what the receiver says while it closes
+// is dropped like any message without one.
+class receiver_release_t
+{
+public:
+    explicit receiver_release_t(log_t& log) : m_log(log) {}
+    ~receiver_release_t() { m_log.set_receiver({}); }
+    receiver_release_t(const receiver_release_t&) = delete;
+    receiver_release_t& operator=(const receiver_release_t&) = delete;
+
+private:
+    log_t& m_log;
+};
+
 } // namespace
 
 log_t::log_t(receiver_ptr_t receiver) : m_receiver(std::move(receiver)) {}
@@ -143,9 +157,11 @@ void log_t::CountMessage()
 
 boost::shared_ptr<log_t> GetProcessLog()
 {
-    // Standard output must outlive the log, whose receiver may print at exit.
+    // Standard output must outlive the receiver, which may print at exit. The log is never destroyed: what
+    // ends later may still log.
     static const std::ios_base::Init streams;
-    static const boost::shared_ptr<log_t> log = boost::make_shared<log_t>();
+    static const auto& log = *new boost::shared_ptr<log_t>(boost::make_shared<log_t>());
+    static const receiver_release_t release(*log);
     return log;
 }
 

@@ -92,8 +92,8 @@ private:
     std::string m_spare; // the memory of the last message, for the next
 };
 
-// The process log. Built by the first channel, before main, and destroyed after the last one, at exit: a
-// receiver that is still set closes then.
+// The process log. Built by the first channel, before main. A receiver that is still set closes at exit,
+// after the last channel; the log itself stays, silent.
 boost::shared_ptr<log_t> GetProcessLog();
 
 } // namespace logging

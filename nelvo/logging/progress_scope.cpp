@@ -2,7 +2,8 @@
 
 #include <utility>
 
-// A closing operation forms its text, then asks Close whether its line is to be written.
+// A closing operation forms its text, then asks Close whether its line is to be written. close_failed leaves
+// the forming to the message call, which throws nothing: the destructor calls it.
 
 progress_scope_t::progress_scope_t(bool silent, const logging::log_channel_t& channel,
                                    const logging::message_t& message)
@@ -28,9 +29,8 @@ void progress_scope_t::close_ok()
 
 void progress_scope_t::close_failed()
 {
-    const std::string text = m_text + " Failed.";
     if (Close())
-        m_channel->info(text);
+        m_channel->info("%1 Failed.", m_text);
 }
 
 void progress_scope_t::close(bool ok) { ok ? close_ok() : close_failed(); }
@@ -67,9 +67,8 @@ quiet_progress_scope_t::~quiet_progress_scope_t()
 
 void quiet_progress_scope_t::close_failed()
 {
-    const std::string text = m_text + " Failed.";
     if (Close())
-        m_channel->info(text);
+        m_channel->info("%1 Failed.", m_text);
 }
 
 void quiet_progress_scope_t::close_quietly() { Close(); }

@@ -1,6 +1,7 @@
 #include "nelvo/logging/log.h"
 
 #include <map>
+#include <memory>
 #include <stdexcept>
 #include <string>
 #include <thread>
@@ -35,6 +36,42 @@ public:
             throw std::runtime_error("filter");
         return std::string(text);
     }
+};
+
+// Each lets go of its only owner while it is called.
+class replaced_filter_t : public line_filter_t
+{
+public:
+    explicit replaced_filter_t(log_t& log) : m_log(log) {}
+    std::string filter_line(std::string_view text) override
+    {
+        m_log.set_line_filter({});
+        return m_mark + std::string(text);
+    }
+
+private:
+    log_t& m_log;
+    std::string m_mark = "filtered by an object that must still be there ";
+};
+
+class replaced_receiver_t : public lines_receiver_t
+{
+public:
+    replaced_receiver_t(log_t& log, log_t::receiver_ptr_t next, std::shared_ptr<std::string> text)
+        : m_log(log), m_next(std::move(next)), m_text(std::move(text))
+    {
+    }
+    ~replaced_receiver_t() override { m_text->append(" gone"); }
+    void write(const std::string& text) override
+    {
+        m_log.set_receiver(m_next);
+        *m_text += text;
+    }
+
+private:
+    log_t& m_log;
+    log_t::receiver_ptr_t m_next;
+    std::shared_ptr<std::string> m_text;
 };
 
 class Log : public ::testing::Test
@@ -218,11 +255,11 @@ TEST_F(Log, ReceiverMayLogToItsOwnLog)
 TEST_F(Log, ReceiverMayReplaceItself)
 {
     const auto other = boost::make_shared<lines_receiver_t>();
-    m_receiver->set_hook([&] { m_log.set_receiver(other); });
-    lines_receiver_t* const first = m_receiver.get();
+    const auto first = std::make_shared<std::string>();
+    m_log.set_receiver(boost::make_shared<replaced_receiver_t>(m_log, other, first));
     Write("a");
     Write("b");
-    EXPECT_EQ("tag    | a\n", WithoutHeads(first->text()));
+    EXPECT_EQ("tag    | a\n gone", first->substr(first->find("> ") + 2));
     EXPECT_EQ("tag    | b\n", WithoutHeads(other->text()));
 }
 
@@ -324,4 +361,33 @@ TEST(ProcessLog, IsOneObjectWithoutReceiver)
     EXPECT_EQ(nullptr, logging::GetProcessLog()->get_receiver());
     EXPECT_EQ(0, logging::GetProcessLog()->get_mode());
     EXPECT_FALSE(logging::GetProcessLog()->is_mask_sensitive());
+}
+
+TEST_F(Log, FilterMayReplaceItself)
+{
+    m_log.set_line_filter(boost::make_shared<replaced_filter_t>(m_log));
+    Write("a\nb");
+    EXPECT_EQ("tag    | filtered by an object that must still be there a\n"
+              "tag    | filtered by an object that must still be there b\n",
+              Written());
+}
+
+TEST_F(Log, FlagsAndIndentNeedNoLock)
+{
+    m_receiver->set_hook(
+        [this]
+        {
+            std::thread(
+                [this]
+                {
+                    m_log.set_mode(m_log.get_mode());
+                    m_log.is_mask_sensitive();
+                    m_log.raise_indent();
+                    m_log.lower_indent();
+                    m_log.close();
+                })
+                .join();
+        });
+    Write("a");
+    EXPECT_EQ("tag    | a\n", Written());
 }

@@ -8,6 +8,7 @@
 
 #include "nelvo/core/exc/runtime_exc.h"
 #include "nelvo/logging/log.h"
+#include "tests/support/failing_memory.h"
 #include "tests/support/lines_receiver.h"
 
 namespace
@@ -244,6 +245,27 @@ TEST_F(ProgressScope, WorksOnALogThatFails)
         EXPECT_EQ(1, m_channel.get_indent());
     }
     EXPECT_EQ(0, m_channel.get_indent());
+}
+
+TEST_F(ProgressScope, WithoutMemoryForItTheClosingLineIsDropped)
+{
+    {
+        const progress_scope_t scope(m_channel, "longer than what a string holds without memory");
+        FailNextAllocation();
+    }
+    EXPECT_TRUE(HasAllocationFailed());
+    EXPECT_EQ(0, m_channel.get_indent());
+    EXPECT_EQ("agentid| longer than what a string holds without memory\n", Written());
+}
+
+TEST_F(QuietProgressScope, WithoutMemoryForItTheClosingLineIsDropped)
+{
+    {
+        const quiet_progress_scope_t scope(m_channel, "longer than what a string holds without memory");
+        FailNextAllocation();
+    }
+    EXPECT_TRUE(HasAllocationFailed());
+    EXPECT_EQ("", Written());
 }
 
 TEST_F(QuietProgressScope, WritesTheClosingLineAloneAndDoesNotIndent)

@@ -25,14 +25,15 @@ view_tt<Char> WithoutHead(view_tt<Char> text, view_tt<Char> set)
     return text.substr(std::min(text.find_first_not_of(set), text.size()));
 }
 
+// An empty view may have no address, which the C functions must not be given.
 bool SameNoCase(const char* left, const char* right, std::size_t size)
 {
-    return ::strncasecmp(left, right, size) == 0;
+    return size == 0 || ::strncasecmp(left, right, size) == 0;
 }
 
 bool SameNoCase(const wchar_t* left, const wchar_t* right, std::size_t size)
 {
-    return ::wcsncasecmp(left, right, size) == 0;
+    return size == 0 || ::wcsncasecmp(left, right, size) == 0;
 }
 
 template <class Char>

@@ -7,6 +7,7 @@
 #include <cstdlib>
 #include <cstring>
 #include <ctime>
+#include <mutex>
 #include <pthread.h>
 
 // Breaking down the time costs more than the rest of a line: with TZ unset, localtime looks at the zone's
@@ -69,7 +70,7 @@ public:
         const char* const zone = std::getenv("TZ");
         if (now != m_second || !m_zone.Is(zone))
         {
-            Set(std::localtime(&now));
+            BreakDown(now);
             m_second = now;
             m_zone.Set(zone);
         }
@@ -77,6 +78,14 @@ public:
     }
 
 private:
+    // localtime has one result for all threads, and logs do not share a lock.
+    void BreakDown(std::time_t now)
+    {
+        static std::mutex mutex;
+        const std::lock_guard<std::mutex> lock(mutex);
+        Set(std::localtime(&now));
+    }
+
     void Set(const std::tm* time)
     {
         m_size = 0;
