@@ -1,0 +1,74 @@
+#include "nelvo/logging/receiver/zip_writer.h"
+
+#include <cerrno>
+#include <exception>
+
+#include <zlib.h>
+
+#include "nelvo/core/exc/errno_exc.h"
+#include "nelvo/core/exc/rethrow.h"
+#include "nelvo/core/exc/runtime_exc.h"
+#include "nelvo/logging/log_exception.h"
+
+namespace util
+{
+namespace
+{
+
+gzFile Open(const std::string& name, int level)
+try
+{
+    const std::string mode = "wb" + std::to_string(level);
+    const gzFile gz = ::gzopen(name.c_str(), mode.c_str());
+    const int error = errno;
+    if (gz == nullptr)
+        throw posix::errno_exc_t(error);
+    return gz;
+}
+catch (std::exception& e)
+{
+    exc::RethrowWithContext(false, Format("Failed to open GZ archive [%1].", name), e);
+}
+
+} // namespace
+
+zip_writer_t::zip_writer_t(const std::string& name, int level) : m_name(name), m_gz(Open(name, level)) {}
+
+zip_writer_t::~zip_writer_t()
+{
+    try
+    {
+        Close();
+    }
+    catch (std::exception& e)
+    {
+        logging::log_exception(e, "Cannot close GZ archive [%1].", m_name);
+    }
+}
+
+// A refusal that zlib does not put down to the system loses the data, and nobody is told.
+// Kept: ZipWriter.RefusalWithoutSystemErrorLosesTheData
+void zip_writer_t::write(const void* bytes, unsigned length)
+try
+{
+    if (::gzwrite(m_gz, bytes, length) != 0)
+        return;
+    const int error = errno;
+    int code = Z_OK;
+    ::gzerror(m_gz, &code);
+    if (code == Z_ERRNO)
+        throw posix::errno_exc_t(error);
+}
+catch (std::exception& e)
+{
+    exc::RethrowWithContext(false, Format("Cannot add data to the GZ archive [%1].", m_name), e);
+}
+
+void zip_writer_t::Close()
+{
+    const int code = ::gzclose(m_gz);
+    if (code != Z_OK)
+        throw exc::runtime_exc_t("Error code: %1", code);
+}
+
+} // namespace util
