@@ -7,7 +7,9 @@
 #include <boost/tokenizer.hpp>
 
 #include "nelvo/core/util/log_name.h"
+#include "nelvo/fs/file_utils.h"
 #include "nelvo/logging/log.h"
+#include "nelvo/logging/receiver/log_files.h"
 #include "nelvo/logging/receiver/stdout_log.h"
 
 namespace logging
@@ -41,9 +43,7 @@ void start_log(const std::string& name, bool debug, bool mask_sensitive, bool si
 
 bool open_log(const std::vector<std::string>& paths, bool mask_sensitive, bool size_check)
 {
-    if (!paths.empty())
-        return false;
-    const auto receiver = receiver::create_stdout_log();
+    const auto receiver = paths.empty() ? receiver::create_stdout_log() : receiver::create_file_log(paths);
     if (!receiver)
         return false;
     const auto log = GetProcessLog();
@@ -91,6 +91,21 @@ catch (std::exception& e)
     // No blank behind the comma.
     // Kept: LogParams.SafeStartPrintsTheFailureRightBehindTheComma
     std::cout << "Unable to create log," << e.what() << std::endl;
+}
+
+// The old file is closed before it is deleted; a new one on the same path would find it locked. What the
+// deletion throws passes, and the log stays without a receiver.
+void reset_log()
+{
+    const std::string path = get_log_file_path();
+    if (path.empty())
+        return;
+    const auto log = GetProcessLog();
+    log->set_receiver({});
+    util::RemoveFile(path);
+    const auto receiver = receiver::reopen_file_log(path);
+    if (receiver)
+        log->set_receiver(receiver);
 }
 
 void close_log() { GetProcessLog()->close(); }

@@ -12,8 +12,8 @@ namespace logging
 // Sets the debug flag and opens the log with the name, or on standard output if the name is empty.
 void start_log(const std::string& name, bool debug, bool mask_sensitive, bool size_check);
 
-// Gives the process log a receiver, on standard output if there are no paths, and its two flags. False if
-// there is no receiver to be had, which leaves the log as it was: so far always, if there is a path.
+// Gives the process log a receiver, create_file_log's or, if there are no paths, one on standard output, and
+// its two flags. False if there is no receiver to be had, which leaves the log as it was.
 bool open_log(const std::vector<std::string>& paths, bool mask_sensitive, bool size_check);
 
 // Reads a list that commas separate and appends its paths, unpacked by util::UnpackLogName, whose failures
@@ -27,6 +27,10 @@ void start_log_from_params(const std::string& params, bool mask_sensitive);
 
 // The same, but a std::exception is printed on standard output, behind "Unable to create log,".
 void start_log_from_params_safe(const std::string& params, bool mask_sensitive);
+
+// Starts the process log's file anew, empty: closes it, deletes it and opens it again (reopen_file_log).
+// Nothing for a log without a path. What stops the deletion passes, and the log is left without a receiver.
+void reset_log();
 
 // Closes the process log for good (log_t::close).
 void close_log();
