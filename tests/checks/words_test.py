@@ -16,7 +16,7 @@ class Words(unittest.TestCase):
     def test_each_word_is_a_fault(self):
         for word in ("TO" + "DO", "FIX" + "ME", "GTEST_" + "SKIP", "DISABLED" + "_", "Part" + " 2.1",
                      "speci" + "fication", "Speci" + "fication", "house" + " plan", "House" + ".md",
-                     "spec" + ".md", "issue" + " 3", "Issue" + " #3"):
+                     "sp" + "ec.md", "issue" + " 3", "Issue" + " #3"):
             self.assertEqual([f"nelvo/a.h:2: {word}"], self.faults({"nelvo/a.h": f"\n// see {word}\n"}))
 
     def test_a_word_in_a_path_is_a_fault(self):
