@@ -21,23 +21,23 @@ std::string PrintedWith(const std::string& text)
     machine_t machine;
     machine.Sysfs(kFirmwareId);
     machine.AgentFile(text);
+    const std::string before = machine.State("/etc/nelvoagentid");
     const run_t run = machine.Run();
 
     EXPECT_EQ("", run.err);
     EXPECT_EQ(0, run.status);
-    EXPECT_EQ(text, machine.Read("/etc/nelvoagentid"));
+    EXPECT_EQ(before, machine.State("/etc/nelvoagentid"));
     return run.out;
 }
 
-// The same for a machine on which the path of the agent file cannot be read.
+// The same for a machine on which the path of the agent file cannot be read: what stands there, stays.
 void ExpectFirmwareId(machine_t& machine)
 {
     machine.Sysfs(kFirmwareId);
-    const run_t run = machine.Run();
+    const std::string before = machine.State("/etc/nelvoagentid");
 
-    EXPECT_EQ(kFirmwarePrinted, run.out);
-    EXPECT_EQ("", run.err);
-    EXPECT_EQ(0, run.status);
+    EXPECT_THAT(machine.Run(), Prints(kFirmwarePrinted));
+    EXPECT_EQ(before, machine.State("/etc/nelvoagentid"));
 }
 
 } // namespace
@@ -78,7 +78,8 @@ TEST(AgentFile, ComesBeforeTheFirmware)
     machine.DmidecodePrints("UUID: 11111111-1111-1111-1111-111111111111\n");
     machine.Sysfs("22222222-2222-2222-2222-222222222222\n");
 
-    EXPECT_EQ(kPrinted, machine.Run().out);
+    EXPECT_THAT(machine.Run(), Prints(kPrinted));
+    EXPECT_EQ(kBraced, machine.Read("/etc/nelvoagentid"));
 }
 
 TEST(AgentFile, GivesTheSameIdToEveryRun)
@@ -86,8 +87,9 @@ TEST(AgentFile, GivesTheSameIdToEveryRun)
     machine_t machine;
     machine.AgentFile(kBraced);
 
-    EXPECT_EQ(kPrinted, machine.Run().out);
-    EXPECT_EQ(kPrinted, machine.Run().out);
+    EXPECT_THAT(machine.Run(), Prints(kPrinted));
+    EXPECT_THAT(machine.Run(), Prints(kPrinted));
+    EXPECT_EQ(kBraced, machine.Read("/etc/nelvoagentid"));
 }
 
 TEST(AgentFile, EmptyFileHoldsNoId) { EXPECT_EQ(kFirmwarePrinted, PrintedWith("")); }
@@ -153,6 +155,7 @@ TEST(AgentFile, AbsentFileHoldsNoId)
 {
     machine_t machine;
     ExpectFirmwareId(machine);
+    EXPECT_FALSE(machine.Exists("/etc/nelvoagentid"));
 }
 
 TEST(AgentFile, DirectoryHoldsNoId)
@@ -169,6 +172,7 @@ TEST(AgentFile, DanglingLinkHoldsNoId)
     machine.Link("/etc/nelvoagentid", "/etc/nothing");
 
     ExpectFirmwareId(machine);
+    EXPECT_FALSE(machine.Exists("/etc/nothing"));
 }
 
 TEST(AgentFile, LinkIsFollowed)
@@ -176,8 +180,11 @@ TEST(AgentFile, LinkIsFollowed)
     machine_t machine;
     machine.File("/etc/elsewhere", kBraced);
     machine.Link("/etc/nelvoagentid", "elsewhere");
+    const std::string before = machine.State("/etc/nelvoagentid");
 
-    EXPECT_EQ(kPrinted, machine.Run().out);
+    EXPECT_THAT(machine.Run(), Prints(kPrinted));
+    EXPECT_EQ(before, machine.State("/etc/nelvoagentid"));
+    EXPECT_EQ(kBraced, machine.Read("/etc/elsewhere"));
 }
 
 TEST(AgentFile, LoopOfLinksHoldsNoId)
@@ -233,10 +240,8 @@ TEST(AgentFile, HoldsTheNewIdAndNothingElse)
     machine_t machine;
     const run_t run = machine.Run();
 
-    EXPECT_THAT(run.out, IsNewId());
+    EXPECT_THAT(run, Prints(IsNewId()));
     EXPECT_EQ(run.out, machine.Read("/etc/nelvoagentid") + "\n");
-    EXPECT_EQ("", run.err);
-    EXPECT_EQ(0, run.status);
 }
 
 TEST(AgentFile, ModeIsTheUmasksChoice)
@@ -245,7 +250,8 @@ TEST(AgentFile, ModeIsTheUmasksChoice)
     {
         machine_t machine;
         machine.SetUmask(static_cast<mode_t>(umask));
-        machine.Run();
+
+        EXPECT_THAT(machine.Run(), Prints(IsNewId()));
         EXPECT_EQ(static_cast<mode_t>(mode), machine.Mode("/etc/nelvoagentid"));
     }
 }
@@ -257,7 +263,7 @@ TEST(AgentFile, WithoutIdIsReplacedAndKeepsItsMode)
     machine.SetMode("/etc/nelvoagentid", 0640);
     const run_t run = machine.Run();
 
-    EXPECT_THAT(run.out, IsNewId());
+    EXPECT_THAT(run, Prints(IsNewId()));
     EXPECT_EQ(run.out, machine.Read("/etc/nelvoagentid") + "\n");
     EXPECT_EQ(0640u, machine.Mode("/etc/nelvoagentid"));
 }
@@ -271,7 +277,7 @@ TEST(AgentFile, UnreadableButWritableFileIsReplaced)
     const run_t run = machine.Run();
     machine.SetMode("/etc/nelvoagentid", 0600);
 
-    EXPECT_THAT(run.out, IsNewId());
+    EXPECT_THAT(run, Prints(IsNewId()));
     EXPECT_NE(kPrinted, run.out);
     EXPECT_EQ(run.out, machine.Read("/etc/nelvoagentid") + "\n");
 }
@@ -280,10 +286,12 @@ TEST(AgentFile, IsCreatedWhereADanglingLinkPoints)
 {
     machine_t machine;
     machine.Link("/etc/nelvoagentid", "/etc/elsewhere");
+    const std::string before = machine.State("/etc/nelvoagentid");
     const run_t run = machine.Run();
 
+    EXPECT_THAT(run, Prints(IsNewId()));
     EXPECT_EQ(run.out, machine.Read("/etc/elsewhere") + "\n");
-    EXPECT_EQ(0, run.status);
+    EXPECT_EQ(before, machine.State("/etc/nelvoagentid"));
 }
 
 // The disk holds the name of the file but not one byte of it.
@@ -291,11 +299,8 @@ TEST(AgentFile, FailedWriteIsNotNoticed)
 {
     machine_t machine;
     machine.FullDisk("/etc");
-    const run_t run = machine.Run();
 
-    EXPECT_THAT(run.out, IsNewId());
-    EXPECT_EQ("", run.err);
-    EXPECT_EQ(0, run.status);
+    EXPECT_THAT(machine.Run(), Prints(IsNewId()));
 }
 
 TEST(AgentFile, FailedWriteLeavesTheNextRunWithoutId)
@@ -310,20 +315,20 @@ TEST(AgentFile, FailedWriteLeavesTheNextRunWithoutId)
     EXPECT_THAT(machine.Read("/tmp/first"), IsNewId());
     EXPECT_THAT(second, IsNewId());
     EXPECT_NE(machine.Read("/tmp/first"), second);
+    EXPECT_EQ("", run.err);
     EXPECT_EQ(0, run.status);
 }
 
 namespace
 {
 
-// No id is printed, and the run ends with this text.
-void ExpectFailure(machine_t& machine, const std::string& text)
+// No id is printed, the run ends with this text, and what stands at the path, stays.
+void ExpectFailure(machine_t& machine, const std::string& text, const std::string& path = "/etc/nelvoagentid")
 {
-    const run_t run = machine.Run();
+    const std::string before = machine.State(path);
 
-    EXPECT_EQ("", run.out);
-    EXPECT_EQ(text, run.err);
-    EXPECT_EQ(1, run.status);
+    EXPECT_THAT(machine.Run(), FailsWith(text));
+    EXPECT_EQ(before, machine.State(path));
 }
 
 const char kNotOpened[] = "Failed to open file [/etc/nelvoagentid].\n";
@@ -368,7 +373,6 @@ TEST(AgentFile, IsNotCreatedInAReadOnlyFolder)
     machine.ReadOnlyFolder("/etc");
 
     ExpectFailure(machine, kNotOpened);
-    EXPECT_FALSE(machine.Exists("/etc/nelvoagentid"));
 }
 
 TEST(AgentFile, ReadOnlyFileStaysAsItIs)
@@ -379,7 +383,6 @@ TEST(AgentFile, ReadOnlyFileStaysAsItIs)
     machine.ObeyFileModes();
 
     ExpectFailure(machine, kNotOpened);
-    EXPECT_EQ("no id", machine.Read("/etc/nelvoagentid"));
 }
 
 TEST(AgentFile, FileInThePlaceOfItsFolderStaysAsItIs)
@@ -388,8 +391,7 @@ TEST(AgentFile, FileInThePlaceOfItsFolderStaysAsItIs)
     machine.Remove("/etc");
     machine.File("/etc", "a file");
 
-    ExpectFailure(machine, kNotOpened);
-    EXPECT_EQ("a file", machine.Read("/etc"));
+    ExpectFailure(machine, kNotOpened, "/etc");
 }
 
 TEST(AgentFile, MissingFolderIsCreated)
@@ -399,9 +401,9 @@ TEST(AgentFile, MissingFolderIsCreated)
     machine.SetUmask(027);
     const run_t run = machine.Run();
 
+    EXPECT_THAT(run, Prints(IsNewId()));
     EXPECT_EQ(run.out, machine.Read("/etc/nelvoagentid") + "\n");
     EXPECT_EQ(0750u, machine.Mode("/etc"));
-    EXPECT_EQ(0, run.status);
 }
 
 TEST(AgentFile, FolderThatIsADanglingLinkCannotBeCreated)
@@ -410,7 +412,7 @@ TEST(AgentFile, FolderThatIsADanglingLinkCannotBeCreated)
     machine.Remove("/etc");
     machine.Link("/etc", "/nowhere");
 
-    ExpectFailure(machine, "File exists\nFailed to create directory '/etc'\n");
+    ExpectFailure(machine, "File exists\nFailed to create directory '/etc'\n", "/etc");
 }
 
 TEST(AgentFile, FolderThatIsALoopOfLinksCannotBeCreated)
@@ -419,8 +421,9 @@ TEST(AgentFile, FolderThatIsALoopOfLinksCannotBeCreated)
     machine.Remove("/etc");
     machine.Link("/etc", "etc");
 
-    ExpectFailure(machine, "Too many levels of symbolic links\n"
-                           "Failed to get file system object info: '/etc'\n");
+    ExpectFailure(machine,
+                  "Too many levels of symbolic links\nFailed to get file system object info: '/etc'\n",
+                  "/etc");
 }
 
 TEST(AgentFile, FolderCannotBeCreatedInAReadOnlyRoot)
@@ -430,6 +433,6 @@ TEST(AgentFile, FolderCannotBeCreatedInAReadOnlyRoot)
     machine.SetMode("/", 0555);
     machine.ObeyFileModes();
 
-    ExpectFailure(machine, "Permission denied\nFailed to create directory '/etc'\n");
+    ExpectFailure(machine, "Permission denied\nFailed to create directory '/etc'\n", "/etc");
     machine.SetMode("/", 0755);
 }

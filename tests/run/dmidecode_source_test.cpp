@@ -1,3 +1,4 @@
+#include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
 #include "tests/run/machine.h"
@@ -55,8 +56,8 @@ TEST(DmidecodeSource, IdIsTheSameInEveryRunAndNeverStored)
     machine_t machine;
     machine.DmidecodePrints("\tUUID: 00112233-4455-6677-8899-AABBCCDDEEFF\n");
 
-    EXPECT_EQ(kPrinted, machine.Run().out);
-    EXPECT_EQ(kPrinted, machine.Run().out);
+    EXPECT_THAT(machine.Run(), Prints(kPrinted));
+    EXPECT_THAT(machine.Run(), Prints(kPrinted));
     EXPECT_FALSE(machine.Exists("/etc/nelvoagentid"));
 }
 
@@ -66,7 +67,7 @@ TEST(DmidecodeSource, AgentFileWithoutIdStaysAsItIs)
     machine.AgentFile("no id");
     machine.DmidecodePrints("\tUUID: 00112233-4455-6677-8899-AABBCCDDEEFF\n");
 
-    EXPECT_EQ(kPrinted, machine.Run().out);
+    EXPECT_THAT(machine.Run(), Prints(kPrinted));
     EXPECT_EQ("no id", machine.Read("/etc/nelvoagentid"));
 }
 
@@ -184,11 +185,9 @@ TEST(DmidecodeSource, BinaryOutputGivesNoId)
     machine_t machine;
     machine.DmidecodePrints(std::string("\0\xFF\n", 3) + "UUID: 00112233-4455-6677-8899-AABBCCDDEEFF\n");
     machine.Sysfs("99999999-9999-9999-9999-999999999999\n");
-    const run_t run = machine.Run();
 
-    EXPECT_EQ(kSysfsPrinted, run.out);
-    EXPECT_EQ("grep: (standard input): binary file matches\n", run.err);
-    EXPECT_EQ(0, run.status);
+    EXPECT_THAT(machine.Run(), Ends(kSysfsPrinted, "grep: (standard input): binary file matches\n", 0));
+    EXPECT_FALSE(machine.Exists("/etc/nelvoagentid"));
 }
 
 TEST(DmidecodeSource, MissingGrepGivesNoId)
@@ -197,11 +196,9 @@ TEST(DmidecodeSource, MissingGrepGivesNoId)
     machine.DmidecodePrints("UUID: 00112233-4455-6677-8899-AABBCCDDEEFF\n");
     machine.Sysfs("99999999-9999-9999-9999-999999999999\n");
     machine.SetSearchPath("/fake");
-    const run_t run = machine.Run();
 
-    EXPECT_EQ(kSysfsPrinted, run.out);
-    EXPECT_EQ("sh: 1: grep: not found\n", run.err);
-    EXPECT_EQ(0, run.status);
+    EXPECT_THAT(machine.Run(), Ends(kSysfsPrinted, "sh: 1: grep: not found\n", 0));
+    EXPECT_FALSE(machine.Exists("/etc/nelvoagentid"));
 }
 
 TEST(DmidecodeSource, SilentProgramGivesNoId) { EXPECT_EQ(kSysfsPrinted, PrintedWithScript("exit 0")); }
@@ -234,6 +231,34 @@ TEST(DmidecodeSource, ErrorsOfTheProgramAreDropped)
 TEST(DmidecodeSource, SlowProgramIsWaitedFor)
 {
     EXPECT_EQ(kPrinted, PrintedWithScript("sleep 0.2; echo 'UUID: 00112233-4455-6677-8899-AABBCCDDEEFF'"));
+}
+
+// Its output ends before it does.
+TEST(DmidecodeSource, ProgramIsWaitedForBehindItsOutput)
+{
+    machine_t machine;
+    machine.Dmidecode("echo 'UUID: 00112233-4455-6677-8899-AABBCCDDEEFF'; exec >&-\n"
+                      "sleep 0.2; touch /tmp/done");
+
+    EXPECT_THAT(machine.Run(), Prints(kPrinted));
+    EXPECT_TRUE(machine.Exists("/tmp/done"));
+}
+
+TEST(DmidecodeSource, OnlySuccessChangesTheCallersId)
+{
+    const std::vector<std::pair<std::string, std::string>> answers = {
+        {"UUID: 00112233-4455-6677-8899-AABBCCDDEEFF\n", std::string("found ") + kPrinted},
+        {"UUID: 00000000-0000-0000-0000-000000000000\n", std::string("not found ") + kSysfsPrinted},
+        {"UUID: 00112233-4455-6677-8899-AABBCCDDEEFg\n", std::string("not found ") + kSysfsPrinted},
+        {"UUID: 001122330-455-6677-8899-AABBCCDDEEFF\n", std::string("not found ") + kSysfsPrinted},
+        {"", std::string("not found ") + kSysfsPrinted},
+    };
+    for (const auto& [output, answer] : answers)
+    {
+        machine_t machine;
+        machine.DmidecodePrints(output);
+        EXPECT_THAT(machine.Ask("dmidecode"), Prints(answer)) << output;
+    }
 }
 
 TEST(DmidecodeSource, MegabytesOfLinesAfterTheFirstDoNoHarm)

@@ -53,6 +53,7 @@ TEST(Firmware, TableIsWhatDmidecodeExpects)
               run.out.substr(0, run.out.find("Handle")));
     EXPECT_NE(std::string::npos, run.out.find("End Of Table"));
     EXPECT_EQ("", run.err);
+    EXPECT_EQ(0, run.status);
 }
 
 TEST(Firmware, Version25ShowsTheBytesAsTheyStand)
@@ -118,8 +119,8 @@ TEST(Firmware, IdIsTheSameInEveryRunAndNeverStored)
     machine_t machine;
     machine.Firmware(TableWith(3, 0, kId));
 
-    EXPECT_EQ("{00112233-4455-6677-8899-aabbccddeeff}\n", machine.Run().out);
-    EXPECT_EQ("{00112233-4455-6677-8899-aabbccddeeff}\n", machine.Run().out);
+    EXPECT_THAT(machine.Run(), Prints("{00112233-4455-6677-8899-aabbccddeeff}\n"));
+    EXPECT_THAT(machine.Run(), Prints("{00112233-4455-6677-8899-aabbccddeeff}\n"));
     EXPECT_FALSE(machine.Exists("/etc/nelvoagentid"));
 }
 
@@ -130,7 +131,6 @@ TEST(Firmware, MachineWithoutFirmwareGetsANewId)
     machine.Link("/fake/dmidecode", "/usr/sbin/dmidecode");
     const run_t run = machine.Run();
 
-    EXPECT_THAT(run.out, IsNewId());
-    EXPECT_EQ("", run.err);
-    EXPECT_EQ(0, run.status);
+    EXPECT_THAT(run, Prints(IsNewId()));
+    EXPECT_EQ(run.out, machine.Read("/etc/nelvoagentid") + "\n");
 }

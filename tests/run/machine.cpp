@@ -1,6 +1,7 @@
 #include "tests/run/machine.h"
 
 #include <algorithm>
+#include <cerrno>
 #include <cstdlib>
 #include <cstring>
 #include <filesystem>
@@ -19,6 +20,7 @@ namespace
 {
 
 const char kTool[] = "/tool/nelvoagentid";
+const char kAskSource[] = "/tool/ask_source";
 const char kShell[] = "/usr/bin/sh";
 const char kWorkFolder[] = "/work";
 const char kSearchPath[] = "/fake:/tool:/usr/bin:/bin";
@@ -140,6 +142,8 @@ run_t machine_t::Run(const std::vector<std::string>& options)
 
 run_t machine_t::Shell(const std::string& script) { return Start(kShell, {"sh", "-c", script}); }
 
+run_t machine_t::Ask(const std::string& source) { return Start(kAskSource, {kAskSource, source}); }
+
 bool machine_t::Exists(const std::string& path) const
 {
     struct stat info = {};
@@ -153,6 +157,21 @@ mode_t machine_t::Mode(const std::string& path) const
     struct stat info = {};
     EXPECT_EQ(0, ::stat(FilePlace(path).c_str(), &info)) << path;
     return info.st_mode & 07777;
+}
+
+std::string machine_t::State(const std::string& path) const
+{
+    const std::string place = Place(path);
+    struct stat info = {};
+    if (::lstat(place.c_str(), &info) != 0)
+        return std::strerror(errno);
+    std::string state = std::to_string(info.st_mode) + " since " + std::to_string(info.st_mtim.tv_sec) + "." +
+                        std::to_string(info.st_mtim.tv_nsec) + ": ";
+    if (S_ISLNK(info.st_mode))
+        state += fs::read_symlink(place).string();
+    else if (S_ISREG(info.st_mode) && ::access(place.c_str(), R_OK) == 0)
+        state += ReadFile(place);
+    return state;
 }
 
 std::vector<std::string> machine_t::NewPaths() const
@@ -210,6 +229,7 @@ void machine_t::ShareSystem()
     for (const char* const device : {"/dev/null", "/dev/zero", "/dev/full", "/dev/urandom"})
         BindFile(device, device);
     BindFile(NELVO_TOOL, kTool);
+    BindFile(ASK_SOURCE, kAskSource);
 }
 
 void machine_t::Script(const std::string& name, const std::string& script)
@@ -236,6 +256,17 @@ run_t machine_t::Start(const std::string& program, const std::vector<std::string
     m_process.arguments = arguments;
     return RunPrivately(m_process);
 }
+
+testing::Matcher<const run_t&> Ends(const testing::Matcher<std::string>& out, const std::string& err,
+                                    int status)
+{
+    return testing::AllOf(testing::Field("out", &run_t::out, out), testing::Field("err", &run_t::err, err),
+                          testing::Field("status", &run_t::status, status));
+}
+
+testing::Matcher<const run_t&> Prints(const testing::Matcher<std::string>& out) { return Ends(out, "", 0); }
+
+testing::Matcher<const run_t&> FailsWith(const std::string& err) { return Ends("", err, 1); }
 
 testing::Matcher<std::string> IsNewId()
 {

@@ -7,8 +7,7 @@
 //
 //   machine_t machine;
 //   machine.AgentFile("{...}");
-//   const run_t run = machine.Run({"--log", "/tmp/x.log"});
-//   EXPECT_EQ("{...}\n", run.out);
+//   EXPECT_THAT(machine.Run({"--log", "/tmp/x.log"}), Prints("{...}\n"));
 //
 // The tool starts in the empty folder /work, as root, with the umask 022.
 
@@ -25,6 +24,8 @@ class machine_t
 {
 public:
     using stream_t = private_process_t::stream_t;
+
+    static constexpr uid_t kNobody = 65534;
 
     machine_t();
 
@@ -55,8 +56,9 @@ public:
 
     // How the tool is started from now on.
     void StartAs(const std::string& name) { m_name = name; } // argv[0]
-    void StartAsNobody() { m_process.user = 65534; }
-    void ObeyFileModes() { m_process.obeys_file_modes = true; } // root, as containers have it
+    void StartAsNobody() { m_process.user = kNobody; }
+    void StartWithRealUser(uid_t user) { m_process.real_user = user; } // beside the effective one
+    void ObeyFileModes() { m_process.obeys_file_modes = true; }        // root, as containers have it
     void SetSearchPath(const std::string& path);
     void SetUmask(mode_t umask) { m_process.umask = umask; }
     void StandardInput(stream_t stream) { m_process.streams[0] = stream; }
@@ -68,10 +70,18 @@ public:
     // A shell script on this machine, with the tool in the PATH as nelvoagentid.
     run_t Shell(const std::string& script);
 
+    // Asks one source, "dmidecode" or "sysfs", with the id {99999999-9999-9999-9999-999999999999} in the
+    // place of its answer. Prints "found " or "not found ", and the id that then stands there.
+    run_t Ask(const std::string& source);
+
     // What stands on the machine now.
     bool Exists(const std::string& path) const; // a link counts as it is
     std::string Read(const std::string& path) const;
     mode_t Mode(const std::string& path) const;
+
+    // All there is to tell of a path: kind, mode, time of the last change and bytes, or why there is nothing.
+    // For a comparison of before and after.
+    std::string State(const std::string& path) const;
 
     // What the runs have added to the machine, sorted.
     std::vector<std::string> NewPaths() const;
@@ -94,6 +104,12 @@ private:
     std::string m_name;
     std::vector<std::string> m_old_paths;
 };
+
+// A run is matched by all that its caller gets to see: standard output, error output and status.
+testing::Matcher<const run_t&> Ends(const testing::Matcher<std::string>& out, const std::string& err,
+                                    int status);
+testing::Matcher<const run_t&> Prints(const testing::Matcher<std::string>& out); // status 0 and no error
+testing::Matcher<const run_t&> FailsWith(const std::string& err);                // status 1 and nothing else
 
 // Matches the line of an id that the tool made itself: braced, lower case, version 4.
 testing::Matcher<std::string> IsNewId();

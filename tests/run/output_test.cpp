@@ -32,11 +32,9 @@ TEST(Output, IsTheIdAndALineFeed)
 {
     machine_t machine;
     machine.AgentFile(kId);
-    const run_t run = machine.Run();
 
-    EXPECT_EQ("{00112233-4455-6677-8899-aabbccddeeff}\n", run.out);
-    EXPECT_EQ("", run.err);
-    EXPECT_EQ(0, run.status);
+    EXPECT_THAT(machine.Run(), Prints("{00112233-4455-6677-8899-aabbccddeeff}\n"));
+    EXPECT_EQ(kId, machine.Read("/etc/nelvoagentid"));
 }
 
 TEST(Output, StandardInputIsNotNeeded)
@@ -44,11 +42,9 @@ TEST(Output, StandardInputIsNotNeeded)
     machine_t machine;
     machine.DmidecodePrints("UUID: 00112233-4455-6677-8899-AABBCCDDEEFF\n");
     machine.StandardInput(stream_t::kClosed);
-    const run_t run = machine.Run();
 
-    EXPECT_EQ("{33221100-5544-7766-8899-aabbccddeeff}\n", run.out);
-    EXPECT_EQ("", run.err);
-    EXPECT_EQ(0, run.status);
+    EXPECT_THAT(machine.Run(), Prints("{33221100-5544-7766-8899-aabbccddeeff}\n"));
+    EXPECT_FALSE(machine.Exists("/etc/nelvoagentid"));
 }
 
 TEST(Output, FullDeviceIsAFailure)
@@ -56,10 +52,8 @@ TEST(Output, FullDeviceIsAFailure)
     machine_t machine;
     machine.AgentFile(kId);
     machine.StandardOutput(stream_t::kFull);
-    const run_t run = machine.Run();
 
-    EXPECT_EQ(kNotWritten, run.err);
-    EXPECT_EQ(1, run.status);
+    EXPECT_THAT(machine.Run(), FailsWith(kNotWritten));
     EXPECT_EQ(kId, machine.Read("/etc/nelvoagentid"));
 }
 
@@ -68,10 +62,8 @@ TEST(Output, ClosedOutputIsAFailure)
     machine_t machine;
     machine.AgentFile(kId);
     machine.StandardOutput(stream_t::kClosed);
-    const run_t run = machine.Run();
 
-    EXPECT_EQ(kNotWritten, run.err);
-    EXPECT_EQ(1, run.status);
+    EXPECT_THAT(machine.Run(), FailsWith(kNotWritten));
     EXPECT_EQ(kId, machine.Read("/etc/nelvoagentid"));
 }
 
@@ -83,8 +75,8 @@ TEST(Output, NewIdIsStoredBeforeItIsPrinted)
     machine.StandardOutput(stream_t::kKept);
     const run_t good = machine.Run();
 
-    EXPECT_EQ(1, failed.status);
-    EXPECT_THAT(good.out, IsNewId());
+    EXPECT_THAT(failed, FailsWith(kNotWritten));
+    EXPECT_THAT(good, Prints(IsNewId()));
     EXPECT_EQ(good.out, machine.Read("/etc/nelvoagentid") + "\n");
 }
 
@@ -93,10 +85,9 @@ TEST(Output, BrokenPipeEndsTheRunByItsSignal)
     machine_t machine;
     machine.AgentFile(kId);
     machine.StandardOutput(stream_t::kBrokenPipe);
-    const run_t run = machine.Run();
 
-    EXPECT_EQ("", run.err);
-    EXPECT_EQ(128 + SIGPIPE, run.status);
+    EXPECT_THAT(machine.Run(), Ends("", "", 128 + SIGPIPE));
+    EXPECT_EQ(kId, machine.Read("/etc/nelvoagentid"));
 }
 
 TEST(Output, ClosedErrorOutputDoesNotMatterToAGoodRun)
@@ -104,10 +95,9 @@ TEST(Output, ClosedErrorOutputDoesNotMatterToAGoodRun)
     machine_t machine;
     machine.AgentFile(kId);
     machine.StandardError(stream_t::kClosed);
-    const run_t run = machine.Run();
 
-    EXPECT_EQ("{00112233-4455-6677-8899-aabbccddeeff}\n", run.out);
-    EXPECT_EQ(0, run.status);
+    EXPECT_THAT(machine.Run(), Prints("{00112233-4455-6677-8899-aabbccddeeff}\n"));
+    EXPECT_EQ(kId, machine.Read("/etc/nelvoagentid"));
 }
 
 TEST(Output, FailureWithoutErrorOutputIsTheStatusAlone)
@@ -116,10 +106,9 @@ TEST(Output, FailureWithoutErrorOutputIsTheStatusAlone)
     {
         machine_t machine;
         machine.StandardError(stream);
-        const run_t run = machine.Run({"--help"});
 
-        EXPECT_EQ("", run.out);
-        EXPECT_EQ(1, run.status);
+        EXPECT_THAT(machine.Run({"--help"}), FailsWith(""));
+        EXPECT_FALSE(machine.Exists("/etc/nelvoagentid"));
     }
 }
 
@@ -129,10 +118,9 @@ TEST(Output, ClosedOutputsLeadToANullDeviceThatTakesNothing)
     machine.Dmidecode(kNoteDescriptors);
     machine.StandardOutput(stream_t::kClosed);
     machine.StandardError(stream_t::kClosed);
-    const run_t run = machine.Run();
 
+    EXPECT_THAT(machine.Run(), FailsWith(""));
     EXPECT_EQ("0 /dev/null 0\n1 /dev/null 0\n2 /dev/null 0\n", machine.Read("/tmp/descriptors"));
-    EXPECT_EQ(1, run.status);
     EXPECT_EQ(38u, machine.Read("/etc/nelvoagentid").size());
 }
 
@@ -144,11 +132,10 @@ TEST(Output, AllDescriptorsClosedAtTheStart)
     machine.StandardInput(stream_t::kClosed);
     machine.StandardOutput(stream_t::kClosed);
     machine.StandardError(stream_t::kClosed);
-    const run_t run = machine.Run();
 
+    EXPECT_THAT(machine.Run(), FailsWith(""));
     EXPECT_THAT(machine.Read("/tmp/descriptors"), Not(HasSubstr("0 /dev/null")));
     EXPECT_THAT(machine.Read("/tmp/descriptors"), EndsWith("\n1 /dev/null 0\n2 /dev/null 0\n"));
-    EXPECT_EQ(1, run.status);
     EXPECT_EQ(38u, machine.Read("/etc/nelvoagentid").size());
 }
 
@@ -159,8 +146,7 @@ TEST(Output, AllDescriptorsClosedLeavesTheFirmwareReadable)
     machine.StandardInput(stream_t::kClosed);
     machine.StandardOutput(stream_t::kClosed);
     machine.StandardError(stream_t::kClosed);
-    const run_t run = machine.Run();
 
-    EXPECT_EQ(1, run.status);
+    EXPECT_THAT(machine.Run(), FailsWith(""));
     EXPECT_FALSE(machine.Exists("/etc/nelvoagentid"));
 }

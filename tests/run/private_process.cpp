@@ -7,6 +7,8 @@
 #include <fcntl.h>
 #include <grp.h>
 #include <linux/capability.h>
+#include <linux/close_range.h>
+#include <ostream>
 #include <sched.h>
 #include <stdexcept>
 #include <sys/mman.h>
@@ -133,8 +135,7 @@ public:
         run_t run;
         run.status = Wait(child);
         if (!failure.empty())
-            throw std::runtime_error("No private machine: " + failure +
-                                     ". These tests need root or user namespaces that all users may make.");
+            throw std::runtime_error("No private machine: " + failure);
         run.out = ReadStream(m_streams[STDOUT_FILENO].Get());
         run.err = ReadStream(m_streams[STDERR_FILENO].Get());
         return run;
@@ -146,17 +147,19 @@ private:
         ::prctl(PR_SET_PDEATHSIG, SIGKILL);
         const bool own_users = MakeNamespace();
         MakeMounts();
-        Check(::chroot(m_process.root.c_str()) == 0, "chroot");
-        Check(::chdir(m_process.folder.c_str()) == 0, "chdir");
+        Check(::chroot(m_process.root.c_str()) == 0, "chroot ", m_process.root.c_str());
+        Check(::chdir(m_process.folder.c_str()) == 0, "chdir ", m_process.folder.c_str());
         if (m_process.obeys_file_modes)
             DropFileCapabilities();
-        if (m_process.user != 0 && !own_users)
+        if (!own_users)
             ChangeUser();
+        else
+            Check(RealUser() == m_process.user, "a real user id beside the effective one, which takes root");
         ::umask(m_process.umask);
         ::signal(SIGPIPE, SIG_DFL);
         PlaceStreams();
         ::execve(m_process.program.c_str(), m_arguments.data(), m_environment.data());
-        Fail("execve");
+        Fail("execve ", m_process.program.c_str());
     }
 
     // True if the user ids of the namespace are its own.
@@ -165,13 +168,14 @@ private:
         bool own_users = false;
         if (::unshare(CLONE_NEWNS) != 0)
         {
-            Check(::unshare(CLONE_NEWNS | CLONE_NEWUSER) == 0, "unshare");
+            Check(::unshare(CLONE_NEWNS | CLONE_NEWUSER) == 0,
+                  "unshare, which takes root or user namespaces that all users may make");
             WriteText("/proc/self/setgroups", "deny");
             WriteText("/proc/self/uid_map", m_user_map);
             WriteText("/proc/self/gid_map", m_group_map);
             own_users = true;
         }
-        Check(::mount(nullptr, "/", nullptr, MS_REC | MS_PRIVATE, nullptr) == 0, "mount");
+        Check(::mount(nullptr, "/", nullptr, MS_REC | MS_PRIVATE, nullptr) == 0, "mount /");
         return own_users;
     }
 
@@ -183,7 +187,8 @@ private:
             if (mount.kind == mount_t::kind_t::kFullTmpfs)
                 MountFullDisk(target);
             else
-                Check(::mount(mount.source.c_str(), target, nullptr, MS_BIND | MS_REC, nullptr) == 0, target);
+                Check(::mount(mount.source.c_str(), target, nullptr, MS_BIND | MS_REC, nullptr) == 0,
+                      "mount ", target);
             if (mount.kind == mount_t::kind_t::kReadOnlyBind)
                 MakeReadOnly(target);
         }
@@ -191,8 +196,8 @@ private:
 
     void MountFullDisk(const char* target) const
     {
-        Check(::mount("tmpfs", target, "tmpfs", 0, "size=16k,mode=755") == 0, target);
-        Check(::chdir(target) == 0, "chdir");
+        Check(::mount("tmpfs", target, "tmpfs", 0, "size=16k,mode=755") == 0, "mount ", target);
+        Check(::chdir(target) == 0, "chdir ", target);
         const int filler = ::open("filler", O_WRONLY | O_CREAT | O_CLOEXEC, 0600);
         Check(filler != -1, "open filler");
         const std::array<char, 4096> block{};
@@ -208,7 +213,7 @@ private:
         mount_attr attributes = {};
         attributes.attr_set = MOUNT_ATTR_RDONLY;
         Check(::mount_setattr(AT_FDCWD, target, AT_RECURSIVE, &attributes, sizeof(attributes)) == 0,
-              "mount_setattr");
+              "mount_setattr ", target);
     }
 
     void DropFileCapabilities() const
@@ -217,12 +222,17 @@ private:
         Check(::prctl(PR_CAPBSET_DROP, CAP_DAC_READ_SEARCH) == 0, "prctl");
     }
 
+    uid_t RealUser() const { return m_process.real_user.value_or(m_process.user); }
+
     void ChangeUser() const
     {
         const uid_t id = m_process.user;
+        const uid_t real_id = RealUser();
+        if (id == 0 && real_id == 0)
+            return;
         Check(::setgroups(0, nullptr) == 0, "setgroups");
-        Check(::setresgid(id, id, id) == 0, "setresgid");
-        Check(::setresuid(id, id, id) == 0, "setresuid");
+        Check(::setresgid(real_id, id, id) == 0, "setresgid");
+        Check(::setresuid(real_id, id, id) == 0, "setresuid");
     }
 
     void PlaceStreams() const
@@ -234,25 +244,27 @@ private:
             else
                 Check(::dup2(m_streams[i].Get(), i) == i, "dup2");
         }
+        Check(::close_range(STDERR_FILENO + 1, ~0U, CLOSE_RANGE_CLOEXEC) == 0, "close_range");
     }
 
     void WriteText(const char* path, const std::string& text) const
     {
         const int file = ::open(path, O_WRONLY | O_CLOEXEC);
-        Check(file != -1 && ::write(file, text.data(), text.size()) != -1, path);
+        Check(file != -1 && ::write(file, text.data(), text.size()) != -1, "write ", path);
         ::close(file);
     }
 
-    void Check(bool good, const char* step) const
+    void Check(bool good, const char* step, const char* path = "") const
     {
         if (!good)
-            Fail(step);
+            Fail(step, path);
     }
 
-    [[noreturn]] void Fail(const char* step) const
+    [[noreturn]] void Fail(const char* step, const char* path = "") const
     {
         const char* const reason = ::strerrordesc_np(errno);
         Tell(step);
+        Tell(path);
         Tell(": ");
         Tell(reason != nullptr ? reason : "unknown failure");
         ::_exit(127);
@@ -292,5 +304,10 @@ private:
 };
 
 } // namespace
+
+void PrintTo(const run_t& run, std::ostream* out)
+{
+    *out << "status " << run.status << ", output\n" << run.out << "and error output\n" << run.err;
+}
 
 run_t RunPrivately(const private_process_t& process) { return child_t(process).Run(); }

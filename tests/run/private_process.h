@@ -2,8 +2,11 @@
 
 // Runs one program in a mount namespace of its own, whose root is a folder of the test's. The mounts die
 // with the program. As root this takes the machine's own user ids; without that right a user namespace is
-// made, in which the caller's id stands for the one asked for.
+// made, in which the caller's id stands for the one asked for, so that only root can tell a real user id from
+// the effective one.
 
+#include <iosfwd>
+#include <optional>
 #include <string>
 #include <sys/types.h>
 #include <vector>
@@ -41,9 +44,11 @@ struct private_process_t
     std::vector<std::string> arguments; // the first is the program's name
     std::vector<std::string> environment;
 
-    uid_t user = 0; // and the group of the same number
+    uid_t user = 0;                 // and the group of the same number
+    std::optional<uid_t> real_user; // that of user without it; the effective one is always that of user
     mode_t umask = 022;
     bool obeys_file_modes = false; // root without the capability to pass over them
+    // Descriptors 0 to 2; the program inherits no other.
     stream_t streams[3] = {stream_t::kKept, stream_t::kKept, stream_t::kKept};
 };
 
@@ -54,6 +59,8 @@ struct run_t
     int status = -1; // as a shell tells it: 128 and the number of the signal for a program that one ended
 };
 
-// Waits for the program's end. Throws std::runtime_error, which says what is missing, if the private
-// machine cannot be made.
+void PrintTo(const run_t& run, std::ostream* out);
+
+// Waits for the program's end. Throws std::runtime_error with the call that failed and its reason if the
+// private machine cannot be made.
 run_t RunPrivately(const private_process_t& process);

@@ -25,10 +25,8 @@ void ExpectNoId(machine_t& machine)
 {
     const run_t run = machine.Run();
 
-    EXPECT_THAT(run.out, IsNewId());
+    EXPECT_THAT(run, Prints(IsNewId()));
     EXPECT_EQ(run.out, machine.Read("/etc/nelvoagentid") + "\n");
-    EXPECT_EQ("", run.err);
-    EXPECT_EQ(0, run.status);
 }
 
 void ExpectNoId(const std::string& text)
@@ -61,8 +59,8 @@ TEST(SysfsSource, GivesTheSameIdToEveryRun)
     machine_t machine;
     machine.Sysfs("00112233-4455-6677-8899-aabbccddeeff\n");
 
-    EXPECT_EQ(kPrinted, machine.Run().out);
-    EXPECT_EQ(kPrinted, machine.Run().out);
+    EXPECT_THAT(machine.Run(), Prints(kPrinted));
+    EXPECT_THAT(machine.Run(), Prints(kPrinted));
     EXPECT_FALSE(machine.Exists("/etc/nelvoagentid"));
 }
 
@@ -72,7 +70,7 @@ TEST(SysfsSource, AgentFileWithoutIdStaysAsItIs)
     machine.AgentFile("no id");
     machine.Sysfs("00112233-4455-6677-8899-aabbccddeeff\n");
 
-    EXPECT_EQ(kPrinted, machine.Run().out);
+    EXPECT_THAT(machine.Run(), Prints(kPrinted));
     EXPECT_EQ("no id", machine.Read("/etc/nelvoagentid"));
 }
 
@@ -113,4 +111,23 @@ TEST(SysfsSource, UnreadableFileHoldsNoId)
     machine.ObeyFileModes();
 
     ExpectNoId(machine);
+}
+
+TEST(SysfsSource, OnlySuccessChangesTheCallersId)
+{
+    const char kNotFound[] = "not found {99999999-9999-9999-9999-999999999999}\n";
+    const std::vector<std::pair<std::string, std::string>> answers = {
+        {"00112233-4455-6677-8899-aabbccddeeff\n", std::string("found ") + kPrinted},
+        {"00000000-0000-0000-0000-000000000000\n", kNotFound},
+        {"Not Settable\n", kNotFound},
+        {"", kNotFound},
+    };
+    for (const auto& [text, answer] : answers)
+    {
+        machine_t machine;
+        machine.Sysfs(text);
+        EXPECT_THAT(machine.Ask("sysfs"), Prints(answer)) << text;
+    }
+    machine_t machine;
+    EXPECT_THAT(machine.Ask("sysfs"), Prints(kNotFound));
 }

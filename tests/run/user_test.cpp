@@ -8,6 +8,9 @@ using testing::IsEmpty;
 namespace
 {
 
+const char kId[] = "{00112233-4455-6677-8899-aabbccddeeff}";
+const char kPrinted[] = "{00112233-4455-6677-8899-aabbccddeeff}\n";
+
 // Whatever the options are, and where the caller may write to every folder.
 void ExpectDenial(const std::vector<std::string>& options)
 {
@@ -15,11 +18,8 @@ void ExpectDenial(const std::vector<std::string>& options)
     for (const char* const folder : {"/etc", "/run", "/work"})
         machine.SetMode(folder, 01777);
     machine.StartAsNobody();
-    const run_t run = machine.Run(options);
 
-    EXPECT_EQ("", run.out);
-    EXPECT_EQ("Permission denied\n", run.err);
-    EXPECT_EQ(1, run.status);
+    EXPECT_THAT(machine.Run(options), FailsWith("Permission denied\n"));
     EXPECT_THAT(machine.NewPaths(), IsEmpty());
 }
 
@@ -32,17 +32,40 @@ TEST(User, OtherThanRootIsDeniedBeforeABadOptionIsSeen) { ExpectDenial({"--help"
 TEST(User, OtherThanRootDoesNotLearnTheId)
 {
     machine_t machine;
-    machine.AgentFile("{00112233-4455-6677-8899-aabbccddeeff}");
+    machine.AgentFile(kId);
     machine.StartAsNobody();
 
-    EXPECT_EQ("", machine.Run().out);
+    EXPECT_THAT(machine.Run(), FailsWith("Permission denied\n"));
+    EXPECT_EQ(kId, machine.Read("/etc/nelvoagentid"));
+}
+
+TEST(User, EffectiveRootIsRootWhoeverTheRealUserIs)
+{
+    machine_t machine;
+    machine.AgentFile(kId);
+    machine.StartWithRealUser(machine_t::kNobody);
+
+    EXPECT_THAT(machine.Run(), Prints(kPrinted));
+    EXPECT_EQ(kId, machine.Read("/etc/nelvoagentid"));
+}
+
+TEST(User, RealRootIsDeniedIfItIsNotTheEffectiveUser)
+{
+    machine_t machine;
+    machine.AgentFile(kId);
+    machine.StartAsNobody();
+    machine.StartWithRealUser(0);
+
+    EXPECT_THAT(machine.Run(), FailsWith("Permission denied\n"));
+    EXPECT_EQ(kId, machine.Read("/etc/nelvoagentid"));
 }
 
 TEST(User, RootWithoutPowerOverFileModesIsRoot)
 {
     machine_t machine;
-    machine.AgentFile("{00112233-4455-6677-8899-aabbccddeeff}");
+    machine.AgentFile(kId);
     machine.ObeyFileModes();
 
-    EXPECT_EQ("{00112233-4455-6677-8899-aabbccddeeff}\n", machine.Run().out);
+    EXPECT_THAT(machine.Run(), Prints(kPrinted));
+    EXPECT_EQ(kId, machine.Read("/etc/nelvoagentid"));
 }
