@@ -257,8 +257,8 @@ run_t machine_t::Start(const std::string& program, const std::vector<std::string
     return RunPrivately(m_process);
 }
 
-testing::Matcher<const run_t&> Ends(const testing::Matcher<std::string>& out, const std::string& err,
-                                    int status)
+testing::Matcher<const run_t&> Ends(const testing::Matcher<std::string>& out,
+                                    const testing::Matcher<std::string>& err, int status)
 {
     return testing::AllOf(testing::Field("out", &run_t::out, out), testing::Field("err", &run_t::err, err),
                           testing::Field("status", &run_t::status, status));
@@ -266,7 +266,10 @@ testing::Matcher<const run_t&> Ends(const testing::Matcher<std::string>& out, co
 
 testing::Matcher<const run_t&> Prints(const testing::Matcher<std::string>& out) { return Ends(out, "", 0); }
 
-testing::Matcher<const run_t&> FailsWith(const std::string& err) { return Ends("", err, 1); }
+testing::Matcher<const run_t&> FailsWith(const testing::Matcher<std::string>& err)
+{
+    return Ends("", err, 1);
+}
 
 testing::Matcher<std::string> IsNewId()
 {

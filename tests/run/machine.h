@@ -106,10 +106,14 @@ private:
 };
 
 // A run is matched by all that its caller gets to see: standard output, error output and status.
-testing::Matcher<const run_t&> Ends(const testing::Matcher<std::string>& out, const std::string& err,
-                                    int status);
-testing::Matcher<const run_t&> Prints(const testing::Matcher<std::string>& out); // status 0 and no error
-testing::Matcher<const run_t&> FailsWith(const std::string& err);                // status 1 and nothing else
+testing::Matcher<const run_t&> Ends(const testing::Matcher<std::string>& out,
+                                    const testing::Matcher<std::string>& err, int status);
+
+// Status 0 and no error.
+testing::Matcher<const run_t&> Prints(const testing::Matcher<std::string>& out);
+
+// Status 1 and no output.
+testing::Matcher<const run_t&> FailsWith(const testing::Matcher<std::string>& err);
 
 // Matches the line of an id that the tool made itself: braced, lower case, version 4.
 testing::Matcher<std::string> IsNewId();

@@ -4,6 +4,7 @@
 #include "tests/run/machine.h"
 
 using testing::IsEmpty;
+using testing::StartsWith;
 
 namespace
 {
@@ -49,6 +50,8 @@ TEST(User, EffectiveRootIsRootWhoeverTheRealUserIs)
     EXPECT_EQ(kId, machine.Read("/etc/nelvoagentid"));
 }
 
+// A process of two users may not look at itself, and a sanitizer that looks for leaks says so behind the
+// text.
 TEST(User, RealRootIsDeniedIfItIsNotTheEffectiveUser)
 {
     machine_t machine;
@@ -56,7 +59,7 @@ TEST(User, RealRootIsDeniedIfItIsNotTheEffectiveUser)
     machine.StartAsNobody();
     machine.StartWithRealUser(0);
 
-    EXPECT_THAT(machine.Run(), FailsWith("Permission denied\n"));
+    EXPECT_THAT(machine.Run(), FailsWith(StartsWith("Permission denied\n")));
     EXPECT_EQ(kId, machine.Read("/etc/nelvoagentid"));
 }
 
