@@ -3,11 +3,14 @@
 #include <sstream>
 #include <vector>
 
-void figure_t::Register(const std::string& name, const std::function<void(benchmark::State&)>& loop)
+void figure_t::Register(const std::string& name, const std::function<void(benchmark::State&)>& loop,
+                        bool all_threads)
 {
 // The analyzer does not see that the registry keeps what is registered, and reports a leak.
 #ifndef __clang_analyzer__
-    benchmark::RegisterBenchmark(name.c_str(), loop);
+    benchmark::internal::Benchmark* const figure = benchmark::RegisterBenchmark(name.c_str(), loop);
+    if (all_threads)
+        figure->MeasureProcessCPUTime();
 #endif
 }
 

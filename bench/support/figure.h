@@ -15,6 +15,8 @@
 // A work is called over and over, and what it returns counts as used. A goal is the most that our work may
 // cost, as a multiple of the other's; without a goal the ratio is only shown. bench/ratios.py reads the
 // figures, the parts of their names set apart by |.
+//
+// Time is the processor's, spent in the thread that calls the work, or in all threads after OfAllThreads.
 
 #include <functional>
 #include <string>
@@ -29,6 +31,13 @@ class figure_t
 {
 public:
     explicit figure_t(std::string name) : m_name(std::move(name)) {}
+
+    // Of the works added from here on.
+    figure_t& OfAllThreads()
+    {
+        m_all_threads = true;
+        return *this;
+    }
 
     template <class Work>
     figure_t& Ours(Work work)
@@ -52,17 +61,21 @@ private:
     template <class Work>
     figure_t& Add(const std::string& who, const std::string& goal, Work work)
     {
-        Register(m_name + '|' + who + '|' + goal,
-                 [work](benchmark::State& state)
-                 {
-                     for (auto _ : state)
-                         benchmark::DoNotOptimize(work());
-                 });
+        Register(
+            m_name + '|' + who + '|' + goal,
+            [work](benchmark::State& state)
+            {
+                for (auto _ : state)
+                    benchmark::DoNotOptimize(work());
+            },
+            m_all_threads);
         return *this;
     }
 
-    static void Register(const std::string& name, const std::function<void(benchmark::State&)>& loop);
+    static void Register(const std::string& name, const std::function<void(benchmark::State&)>& loop,
+                         bool all_threads);
     static std::string GoalText(double goal);
 
     std::string m_name;
+    bool m_all_threads = false;
 };
