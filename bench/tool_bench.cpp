@@ -25,6 +25,8 @@
 #include <unistd.h>
 #include <vector>
 
+#include "bench/support/values.h"
+
 namespace
 {
 
@@ -186,26 +188,17 @@ double PeakKiB(const program_t& program)
     return peak;
 }
 
-// One value in the form that bench/ratios.py reads.
-void Print(std::ostream& out, const char* figure, const program_t& program, double value, const char* unit)
-{
-    out << (out.tellp() == 0 ? "{\"benchmarks\": [\n" : ",\n") << R"({"run_name": ")" << figure << '|'
-        << program.name << R"(|", "run_type": "iteration", "cpu_time": )" << value << R"(, "time_unit": ")"
-        << unit << "\"}";
-}
-
-void PrintAll(std::ostream& out, const std::vector<cost_t>& costs)
+void AddAll(values_t& values, const std::vector<cost_t>& costs)
 {
     for (std::size_t i = 0; i != costs.size(); ++i)
     {
         const program_t& program = kPrograms[i % std::size(kPrograms)];
-        Print(out, "wall time", program, costs[i].wall_us, "us");
-        Print(out, "user and system time", program, costs[i].cpu_us, "us");
-        Print(out, "page faults", program, costs[i].faults, "");
+        values.Add("wall time", program.name, costs[i].wall_us, "us");
+        values.Add("user and system time", program.name, costs[i].cpu_us, "us");
+        values.Add("page faults", program.name, costs[i].faults, "");
     }
     for (const program_t& program : kPrograms)
-        Print(out, "peak memory", program, PeakKiB(program), "KiB");
-    out << "\n]}\n";
+        values.Add("peak memory", program.name, PeakKiB(program), "KiB");
 }
 
 } // namespace
@@ -213,15 +206,12 @@ void PrintAll(std::ostream& out, const std::vector<cost_t>& costs)
 int main(int argc, char* argv[])
 try
 {
-    const std::string option = "--benchmark_out=";
-    if (argc != 2 || std::string(argv[1]).compare(0, option.size(), option) != 0)
-        throw std::runtime_error("usage: tool_bench --benchmark_out=FILE");
-    std::ofstream out(argv[1] + option.size());
-
+    values_t values(argc, argv);
     const own_namespace_t own_namespace;
     CheckThatTheToolFindsItsFile();
-    PrintAll(out, RunInTurns());
-    return out.good() ? 0 : 1;
+    AddAll(values, RunInTurns());
+    values.Finish();
+    return 0;
 }
 catch (std::exception& e)
 {
