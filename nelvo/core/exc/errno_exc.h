@@ -12,6 +12,8 @@
 // The errno value always comes last. Take it into a local right after the call: forming an argument may
 // change errno.
 
+#include <string_view>
+
 #include "nelvo/core/exc/exc_base.h"
 
 namespace posix

@@ -5,6 +5,7 @@
 #include <cstring>
 #include <cwchar>
 #include <cwctype>
+#include <utility>
 
 // One walk from % to %. Nearly every reference is a short run of digits right behind its %, and is read on
 // the spot; what else strtol takes (white space, a sign, a number beyond its range) is copied out to the

@@ -37,13 +37,16 @@ std::uint8_t DigitOf(Char c)
     return code < kDigits.size() ? kDigits[code] : kNoDigit;
 }
 
-std::string Narrow(char c) { return std::string(1, c); }
-std::string Narrow(wchar_t c) { return WideToUtf8({&c, 1}); }
+template <class Char>
+std::string CharacterText(Char c)
+{
+    return std::string(ToUtf8(std::basic_string_view<Char>(&c, 1)));
+}
 
 template <class Char>
 [[noreturn]] void ThrowBadCharacter(Char c)
 {
-    throw exc::runtime_exc_t("Failed to convert hex-char '" + Narrow(c) + "' ('" + ToText(CodeOf(c)) +
+    throw exc::runtime_exc_t("Failed to convert hex-char '" + CharacterText(c) + "' ('" + ToText(CodeOf(c)) +
                              "') to number");
 }
 
@@ -52,7 +55,7 @@ unsigned DigitFrom(Char letter)
 {
     const std::uint8_t digit = DigitOf(letter);
     if (digit == kNoDigit)
-        throw exc::runtime_exc_t("Cannot convert letter '%1' to digit.", Narrow(letter));
+        throw exc::runtime_exc_t("Cannot convert letter '%1' to digit.", CharacterText(letter));
     return digit;
 }
 

@@ -1,7 +1,7 @@
 #pragma once
 
-// Hexadecimal digits and numbers. All failures are exc::runtime_exc_t. The way back, HexText, is in
-// to_text.h.
+// Hexadecimal digits and numbers. All failures are exc::runtime_exc_t. A wide character that is no digit
+// and has no UTF-8 form throws what WideToUtf8 throws. The way back, HexText, is in to_text.h.
 //
 //   util::ParseHex<std::uint8_t>("0xFF")    255
 //   util::ParseHex<std::int8_t>("ff")       -1

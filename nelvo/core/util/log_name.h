@@ -18,7 +18,7 @@ std::string PackLogName(std::string_view name);
 // exc::runtime_exc_t; so a name that was never packed need not unpack.
 std::string UnpackLogName(std::string_view packed);
 
-// Go by way of the multibyte form, and throw what WideToMultibyte throws.
+// Go by way of the multibyte form, so the name ends at a zero character. Throw what WideToMultibyte throws.
 std::wstring PackLogName(std::wstring_view name);
 std::wstring UnpackLogName(std::wstring_view packed);
 

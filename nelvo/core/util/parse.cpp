@@ -41,9 +41,6 @@ bool ReadPlainNumber(std::basic_string_view<Char> text, Number& number)
     return count != 0;
 }
 
-std::string_view Narrow(std::string_view text) { return text; }
-std::string Narrow(std::wstring_view text) { return WideToUtf8(text); }
-
 template <class Char, class Number>
 Number ParseNumber(std::basic_string_view<Char> text, int base, Number (*convert)(const Char*, Char**, int),
                    std::string_view failure)
@@ -56,7 +53,7 @@ Number ParseNumber(std::basic_string_view<Char> text, int base, Number (*convert
     Char* end = source.data(); // a base that is out of range leaves it as it is
     number = convert(source.c_str(), &end, base);
     if (end == source.data())
-        throw exc::runtime_exc_t(failure, Narrow(text));
+        throw exc::runtime_exc_t(failure, ToUtf8(text));
     return number;
 }
 

@@ -17,7 +17,8 @@ namespace util
 {
 
 // By strtoul, strtoull, strtol and their wide twins. No number at all throws exc::runtime_exc_t, whose text
-// names the given one (a wide one in UTF-8).
+// names the given one (a wide one in UTF-8). Then a wide text that has no UTF-8 form throws what WideToUtf8
+// throws.
 unsigned long ParseUnsignedLong(std::string_view text, int base = 10);
 unsigned long ParseUnsignedLong(std::wstring_view text, int base = 10);
 unsigned long long ParseUnsignedLongLong(std::string_view text, int base = 10);

@@ -1,5 +1,7 @@
 #include "nelvo/core/util/quoted_split.h"
 
+#include <utility>
+
 #include "nelvo/core/exc/runtime_exc.h"
 #include "nelvo/core/util/wide.h"
 
@@ -7,9 +9,6 @@ namespace util
 {
 namespace
 {
-
-std::string_view Narrow(std::string_view text) { return text; }
-std::string Narrow(std::wstring_view text) { return WideToUtf8(text); }
 
 template <class Char>
 class splitter_tt
@@ -19,12 +18,11 @@ public:
 
     void Take(Char c)
     {
-        const bool inside = m_single || m_double;
         if (c == Char('\''))
-            TakeQuote(c, m_single, inside && m_double);
+            TakeQuote(c, m_single, m_double);
         else if (c == Char('"'))
-            TakeQuote(c, m_double, inside && m_single);
-        else if (!inside && (c == Char(' ') || c == Char('\t')))
+            TakeQuote(c, m_double, m_single);
+        else if (!IsOpen() && (c == Char(' ') || c == Char('\t')))
             EndToken();
         else
             m_token += c;
@@ -69,7 +67,7 @@ std::vector<std::basic_string<Char>> SplitWhole(std::basic_string_view<Char> tex
     for (const Char c : text)
         splitter.Take(c);
     if (splitter.IsOpen())
-        throw exc::runtime_exc_t("Failed to separate string [%1]. Invalid quote order", Narrow(text));
+        throw exc::runtime_exc_t("Failed to separate string [%1]. Invalid quote order", ToUtf8(text));
     return splitter.Finish();
 }
 

@@ -5,7 +5,8 @@
 // call, so that a text without one is still good for everything but that call, and so that reading is safe
 // from several threads.
 //
-// Made implicitly, so that an operation on a path takes narrow and wide text alike:
+// Made implicitly, so that an operation on a path takes narrow and wide text alike. A C string must not be
+// null.
 //
 //   void Open(const util::str_t& path);
 //   Open("/etc/hosts");  Open(L"/etc/hosts");  Open(some_std_string);

@@ -22,6 +22,10 @@ std::wstring MultibyteToWide(std::string_view text);
 std::wstring Utf8ToWide(std::string_view text);
 std::string WideToUtf8(std::wstring_view text);
 
+// For code that serves both forms: narrow text as it is, wide text by WideToUtf8.
+inline std::string_view ToUtf8(std::string_view text) { return text; }
+inline std::string ToUtf8(std::wstring_view text) { return WideToUtf8(text); }
+
 // WideToMultibyte for the constructors of exceptions: a failure leaves with the context line
 // "UNICODE->ANSI failed".
 std::string WideToMultibyteForExc(std::wstring_view text);

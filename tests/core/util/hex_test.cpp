@@ -139,7 +139,7 @@ TEST(ParseHex, RefusesEveryOtherCharacter)
     EXPECT_EQ("Failed to convert hex-char '+' ('43') to number", HexFailure<std::int8_t>("+1"));
     EXPECT_EQ("Failed to convert hex-char '\n' ('10') to number", HexFailure<std::int8_t>("1\n"));
     EXPECT_EQ("Failed to convert hex-char '\xFF' ('255') to number", HexFailure<std::int8_t>("\xFF"));
-    EXPECT_EQ("Failed to convert hex-char '", HexFailure<std::int8_t>("1\0"s));
+    EXPECT_EQ("Failed to convert hex-char '\0' ('0') to number"s, HexFailure<std::int8_t>("1\0"s));
 }
 
 TEST(ParseHex, LooksAtTheCharacterBeforeTheSize)
@@ -157,6 +157,13 @@ TEST(ParseHex, TheWideFormDoesTheSame)
     EXPECT_EQ("Failed to convert hex-char 'x' ('120') to number", WideHexFailure<std::uint8_t>(L"0x"));
     EXPECT_EQ("Failed to convert hex-char '\xE2\x82\xAC' ('8364') to number",
               WideHexFailure<std::uint8_t>(L"\u20AC"));
+}
+
+TEST(ParseHex, WideCharacterThatIsNoUnicodeFailsWithAnotherText)
+{
+    const std::string failure = "Unicode string cannot be converted to multibyte UTF8 string.";
+    EXPECT_EQ(failure, WideHexFailure<std::uint8_t>(L"1\xd800"));
+    EXPECT_EQ(failure, FailureText([] { util::DigitFromLetter(L'\xd800'); }));
 }
 
 TEST(ParseHex, ReadsWhatHexTextWrites)

@@ -74,6 +74,12 @@ TEST(LogName, TheWideFormsDoTheSame)
               FailureText([] { util::UnpackLogName(L"_x"); }));
 }
 
+TEST(LogName, TheWideFormsEndAtAZeroCharacter)
+{
+    EXPECT_EQ(L"a_Bb", util::PackLogName(L"a-b\0-c"s));
+    EXPECT_EQ(L"a-b", util::UnpackLogName(L"a_Bb\0_x"s));
+}
+
 TEST(LogName, TheWideFormsRefuseWhatTheLocaleHasNot)
 {
     const std::string failure =

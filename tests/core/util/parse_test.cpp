@@ -184,12 +184,18 @@ TEST(ParseNumber, EndsAtAZeroCharacter)
                                   "2"s));
     EXPECT_EQ(1, util::ParseInt64(L"1\0"
                                   L"2"s));
-    EXPECT_EQ("Cannot convert string value to signed integer. Given string: [", FailureText(
-                                                                                    []
-                                                                                    {
-                                                                                        util::ParseLong("\0"
-                                                                                                        "2"s);
-                                                                                    }));
+    const std::string failure = "Cannot convert string value to signed integer. Given string: [\0:2]."s;
+    EXPECT_EQ(failure, FailureText([] { util::ParseLong("\0:2"s); }));
+    EXPECT_EQ(failure, FailureText([] { util::ParseLong(L"\0:2"s); }));
+}
+
+TEST(ParseNumber, WideTextThatIsNoUnicodeFailsWithAnotherText)
+{
+    const std::string failure = "Unicode string cannot be converted to multibyte UTF8 string.";
+    EXPECT_EQ(failure, FailureText([] { util::ParseUnsignedLong(L"\xd800"); }));
+    EXPECT_EQ(failure, FailureText([] { util::ParseUnsignedLongLong(L"\xd800"); }));
+    EXPECT_EQ(failure, FailureText([] { util::ParseLong(L"\xd800"); }));
+    EXPECT_EQ(12, util::ParseLong(L"12\xd800"));
 }
 
 TEST(ParseNumber, ReadsNothingBehindTheView)

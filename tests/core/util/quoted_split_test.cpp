@@ -81,3 +81,10 @@ TEST(QuotedSplit, TheWideFormDoesTheSame)
     EXPECT_EQ("Failed to separate string ['\xE2\x82\xAC]. Invalid quote order",
               FailureText([] { SplitQuoted(L"'\u20AC"); }));
 }
+
+TEST(QuotedSplit, WideTextThatIsNoUnicodeFailsWithAnotherText)
+{
+    EXPECT_EQ("Unicode string cannot be converted to multibyte UTF8 string.",
+              FailureText([] { SplitQuoted(L"'\xd800"); }));
+    EXPECT_THAT(SplitQuoted(L"'\xd800'"), ElementsAre(L"\xd800"));
+}

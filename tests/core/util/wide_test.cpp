@@ -233,3 +233,11 @@ TEST(WideToMultibyteForExc, AddsContextToAFailure)
               "UNICODE->ANSI failed",
               FailureText([] { util::WideToMultibyteForExc(L"\u00E9"); }));
 }
+
+TEST(ToUtf8, TakesBothForms)
+{
+    EXPECT_EQ("\xFF\0x"s, util::ToUtf8("\xFF\0x"s));
+    EXPECT_EQ("\xE2\x82\xAC", util::ToUtf8(L"\u20AC"));
+    EXPECT_EQ("Unicode string cannot be converted to multibyte UTF8 string.",
+              FailureText([] { util::ToUtf8(L"\xd800"); }));
+}
