@@ -1,8 +1,9 @@
 #pragma once
 
 // The library's channels. They are built in this order, before main; each logs to the process log, but
-// for dbg. None may be used in a static initialiser of another source, which may run earlier. Two objects
-// carry the tag "vcb", and the blank of "dt " belongs to the tag.
+// for dbg. None may be used in a static initialiser of another source, which may run earlier, nor in the
+// destructor of a static object that was built earlier. Two objects carry the tag "vcb", and the blank of
+// "dt " belongs to the tag.
 
 #include "nelvo/logging/log_channel.h"
 

@@ -66,7 +66,7 @@ void log_channel_t::raise_indent() const { m_log->raise_indent(); }
 
 void log_channel_t::lower_indent() const { m_log->lower_indent(); }
 
-void log_channel_t::Write(severity_t severity, indent_choice_t indent, const message_t& message) const
+void log_channel_t::Write(format::severity_t severity, indent_choice_t indent, const message_t& message) const
 try
 {
     std::string storage;
@@ -79,14 +79,14 @@ catch (std::exception&)
 {
 }
 
-void log_channel_t::WriteFailure(severity_t severity, const std::exception& exception,
+void log_channel_t::WriteFailure(format::severity_t severity, const std::exception& exception,
                                  const message_t& message) const
 try
 {
     std::string text = message.form();
     if (exception.what() != nullptr)
         (text += '\n') += exception.what();
-    if (severity == kError)
+    if (severity == format::kError)
         text += ThreadLine(exception);
     Write(severity, 0, message_t(text, {}));
 }

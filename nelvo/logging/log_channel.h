@@ -10,9 +10,9 @@
 //   channel.error_exc(e, "Failed to look uuid in file: %1 ", path);
 //
 // A call takes a text, or a pattern with as many arguments as its comment says, filled in as util::Format
-// does; a text without arguments is taken as it is. Wide calls take wide arguments, and all of it becomes
-// UTF-8 first. No call ever throws a std::exception: a message that cannot be formed or written is
-// dropped. Any thread may use a channel at any time.
+// does; a text without arguments is taken as it is. Neither may be a null C string. Wide calls take wide
+// arguments, and all of it becomes UTF-8 first. No call ever throws a std::exception: a message that cannot
+// be formed or written is dropped. Any thread may use a channel at any time.
 
 #include <cstddef>
 #include <cstdint>
@@ -23,17 +23,13 @@
 
 #include <boost/shared_ptr.hpp>
 
+#include "nelvo/logging/format/line_format.h"
 #include "nelvo/logging/message.h"
 
 class progress_scope_t;
 
 namespace logging
 {
-namespace format
-{
-class line_format_t;
-}
-
 class log_t;
 
 struct flat_t
@@ -61,76 +57,76 @@ public:
     template <class... Args>
     void info(std::string_view pattern, const Args&... args) const
     {
-        Send<5>(kInfo, {}, pattern, args...);
+        Send<5>(format::kInfo, {}, pattern, args...);
     }
     template <class... Args>
     void info(std::wstring_view pattern, const Args&... args) const
     {
-        Send<5>(kInfo, {}, pattern, args...);
+        Send<5>(format::kInfo, {}, pattern, args...);
     }
     template <class... Args>
     void info(flat_t, std::string_view pattern, const Args&... args) const
     {
-        Send<4>(kInfo, 0, pattern, args...);
+        Send<4>(format::kInfo, 0, pattern, args...);
     }
     template <class... Args>
     void info(flat_t, std::wstring_view pattern, const Args&... args) const
     {
-        Send<4>(kInfo, 0, pattern, args...);
+        Send<4>(format::kInfo, 0, pattern, args...);
     }
     template <class... Args>
     void info(indent_t indent, std::string_view pattern, const Args&... args) const
     {
-        Send<3>(kInfo, indent.steps, pattern, args...);
+        Send<3>(format::kInfo, indent.steps, pattern, args...);
     }
     template <class... Args>
     void info(indent_t indent, std::wstring_view pattern, const Args&... args) const
     {
-        Send<3>(kInfo, indent.steps, pattern, args...);
+        Send<3>(format::kInfo, indent.steps, pattern, args...);
     }
 
     // Ordinary lines: 5 arguments, at an indent 3.
     template <class... Args>
     void detail(std::string_view pattern, const Args&... args) const
     {
-        Send<5>(kDetail, {}, pattern, args...);
+        Send<5>(format::kDetail, {}, pattern, args...);
     }
     template <class... Args>
     void detail(std::wstring_view pattern, const Args&... args) const
     {
-        Send<5>(kDetail, {}, pattern, args...);
+        Send<5>(format::kDetail, {}, pattern, args...);
     }
     template <class... Args>
     void detail(indent_t indent, std::string_view pattern, const Args&... args) const
     {
-        Send<3>(kDetail, indent.steps, pattern, args...);
+        Send<3>(format::kDetail, indent.steps, pattern, args...);
     }
     template <class... Args>
     void detail(indent_t indent, std::wstring_view pattern, const Args&... args) const
     {
-        Send<3>(kDetail, indent.steps, pattern, args...);
+        Send<3>(format::kDetail, indent.steps, pattern, args...);
     }
 
     // 4 arguments.
     template <class... Args>
     void warning(std::string_view pattern, const Args&... args) const
     {
-        Send<4>(kWarning, 0, pattern, args...);
+        Send<4>(format::kWarning, 0, pattern, args...);
     }
     template <class... Args>
     void warning(std::wstring_view pattern, const Args&... args) const
     {
-        Send<4>(kWarning, 0, pattern, args...);
+        Send<4>(format::kWarning, 0, pattern, args...);
     }
     template <class... Args>
     void error(std::string_view pattern, const Args&... args) const
     {
-        Send<4>(kError, 0, pattern, args...);
+        Send<4>(format::kError, 0, pattern, args...);
     }
     template <class... Args>
     void error(std::wstring_view pattern, const Args&... args) const
     {
-        Send<4>(kError, 0, pattern, args...);
+        Send<4>(format::kError, 0, pattern, args...);
     }
 
     // A failure: the message, if there is one (4 arguments), and the exception's what() on the next line.
@@ -140,23 +136,23 @@ public:
     template <class... Args>
     void warning_exc(const std::exception& exception, std::string_view pattern, const Args&... args) const
     {
-        SendFailure(kWarning, exception, pattern, args...);
+        SendFailure(format::kWarning, exception, pattern, args...);
     }
     template <class... Args>
     void warning_exc(const std::exception& exception, std::wstring_view pattern, const Args&... args) const
     {
-        SendFailure(kWarning, exception, pattern, args...);
+        SendFailure(format::kWarning, exception, pattern, args...);
     }
     void error_exc(const std::exception& exception) const;
     template <class... Args>
     void error_exc(const std::exception& exception, std::string_view pattern, const Args&... args) const
     {
-        SendFailure(kError, exception, pattern, args...);
+        SendFailure(format::kError, exception, pattern, args...);
     }
     template <class... Args>
     void error_exc(const std::exception& exception, std::wstring_view pattern, const Args&... args) const
     {
-        SendFailure(kError, exception, pattern, args...);
+        SendFailure(format::kError, exception, pattern, args...);
     }
 
     // Forms the text of a pattern with 1 to 5 arguments and writes nothing, at the cost of forming it.
@@ -180,19 +176,11 @@ public:
 private:
     friend class ::progress_scope_t;
 
-    enum severity_t : std::int32_t
-    {
-        kDetail = 1,
-        kInfo = 2,
-        kWarning = 3,
-        kError = 4
-    };
-
     // The thread's indent if empty.
     using indent_choice_t = std::optional<std::int32_t>;
 
     template <std::size_t kMost, class Char, class... Args>
-    void Send(severity_t severity, indent_choice_t indent, std::basic_string_view<Char> pattern,
+    void Send(format::severity_t severity, indent_choice_t indent, std::basic_string_view<Char> pattern,
               const Args&... args) const
     {
         static_assert(sizeof...(Args) <= kMost, "more arguments than this call takes");
@@ -200,7 +188,7 @@ private:
     }
 
     template <class Char, class... Args>
-    void SendFailure(severity_t severity, const std::exception& exception,
+    void SendFailure(format::severity_t severity, const std::exception& exception,
                      std::basic_string_view<Char> pattern, const Args&... args) const
     {
         static_assert(sizeof...(Args) <= 4, "more arguments than this call takes");
@@ -214,8 +202,9 @@ private:
         Drop(message_t(pattern, {util::text_arg_tt<Char>(args)...}));
     }
 
-    void Write(severity_t severity, indent_choice_t indent, const message_t& message) const;
-    void WriteFailure(severity_t severity, const std::exception& exception, const message_t& message) const;
+    void Write(format::severity_t severity, indent_choice_t indent, const message_t& message) const;
+    void WriteFailure(format::severity_t severity, const std::exception& exception,
+                      const message_t& message) const;
     void Drop(const message_t& message) const;
     void raise_indent() const;
     void lower_indent() const;

@@ -3,8 +3,8 @@
 // The text of a message as it is called for: a text, or a pattern with 1 to 5 arguments, narrow or wide.
 // Built in the argument list of the call that takes it, and refers to what stands there.
 //
-// A text without arguments is taken as it is. A pattern is filled in as util::Format does; of a wide one,
-// the pattern and each argument become UTF-8 first.
+// Text and pattern must not be null C strings. A text without arguments is taken as it is. A pattern is
+// filled in as util::Format does; of a wide one, the pattern and each argument become UTF-8 first.
 
 #include <cstddef>
 #include <initializer_list>

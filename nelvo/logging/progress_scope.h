@@ -11,7 +11,7 @@
 // A quiet scope neither opens with a line nor indents; it writes the closing line alone.
 //
 // The first close wins, later ones write nothing. A scope belongs to the thread that opened it, and its
-// channel must outlive it. Texts and patterns are as message.h tells.
+// channel must outlive it. Texts and patterns are as message.h tells, so not null.
 
 #include <string>
 #include <string_view>
@@ -52,6 +52,12 @@ public:
     }
 
     progress_scope_t(bool silent, const logging::log_channel_t& channel, const logging::message_t& message);
+
+    // No channel that ends before the scope.
+    template <class... Args>
+    progress_scope_t(const logging::log_channel_t&& channel, const Args&... args) = delete;
+    template <class... Args>
+    progress_scope_t(bool silent, const logging::log_channel_t&& channel, const Args&... args) = delete;
 
     // Closes an open scope as close_failed does.
     ~progress_scope_t();
@@ -95,6 +101,10 @@ public:
     }
 
     quiet_progress_scope_t(const logging::log_channel_t& channel, const logging::message_t& message);
+
+    // No channel that ends before the scope.
+    template <class... Args>
+    quiet_progress_scope_t(const logging::log_channel_t&& channel, const Args&... args) = delete;
 
     // Closes an open scope as close_failed does.
     ~quiet_progress_scope_t();

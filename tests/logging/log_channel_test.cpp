@@ -208,7 +208,7 @@ TEST_F(LogChannel, EmptyTextIsOneLine)
     EXPECT_EQ("\n", Written());
 }
 
-TEST_F(LogChannel, SeveritiesAreOneToFour)
+TEST_F(LogChannel, FamiliesShowTheirLabels)
 {
     m_log->set_mode(1);
     m_channel.detail("a");
@@ -397,6 +397,24 @@ TEST_F(LogChannel, IndentIsThatOfItsLog)
     EXPECT_EQ(0, log_channel_t("tag").get_indent());
 }
 
+TEST_F(LogChannel, DebugIndentAndMaskNeedNoLock)
+{
+    m_receiver->set_hook(
+        [this]
+        {
+            std::thread(
+                [this]
+                {
+                    m_channel.debug("%1", 1);
+                    m_channel.get_indent();
+                    m_channel.mask("secret");
+                })
+                .join();
+        });
+    m_channel.info(flat, "a");
+    EXPECT_EQ("a\n", Written());
+}
+
 TEST_F(LogChannel, LogsToTheProcessLogUnlessToldOtherwise)
 {
     const auto receiver = boost::make_shared<lines_receiver_t>();
@@ -404,6 +422,7 @@ TEST_F(LogChannel, LogsToTheProcessLogUnlessToldOtherwise)
     log_channel_t("own").info("a");
     log_channel_t().info("b");
     m_channel.info("elsewhere");
+    logging::GetProcessLog()->set_receiver({});
     EXPECT_EQ("own    | a\n       | b\n", WithoutHeads(receiver->text()));
 }
 

@@ -165,6 +165,8 @@ TEST_F(SizeCheck, MessagesOnDbgDoNotCountInTheProcessLog)
     EXPECT_EQ(0, m_checks);
     logging::channels::cli.info("a");
     EXPECT_EQ(1, m_checks);
+    log->set_receiver({});
+    log->set_size_check(false);
 }
 
 TEST_F(SizeCheck, StartOfTheLogTurnsItOnOrOff)

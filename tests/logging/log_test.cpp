@@ -1,5 +1,7 @@
 #include "nelvo/logging/log.h"
 
+#include <atomic>
+#include <functional>
 #include <map>
 #include <memory>
 #include <stdexcept>
@@ -9,6 +11,7 @@
 #include <vector>
 
 #include <boost/make_shared.hpp>
+#include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
 #include "nelvo/core/exc/runtime_exc.h"
@@ -74,6 +77,17 @@ private:
     std::shared_ptr<std::string> m_text;
 };
 
+// Logs while it is destroyed.
+class parting_receiver_t : public lines_receiver_t
+{
+public:
+    explicit parting_receiver_t(std::function<void()> parting) : m_parting(std::move(parting)) {}
+    ~parting_receiver_t() override { m_parting(); }
+
+private:
+    std::function<void()> m_parting;
+};
+
 class Log : public ::testing::Test
 {
 protected:
@@ -81,6 +95,33 @@ protected:
 
     void Write(const std::string& text) { m_log.write(2, 0, m_format, text); }
     std::string Written() const { return WithoutHeads(m_receiver->text()); }
+
+    // Whether another thread's call stands still as long as the receiver writes.
+    bool WaitsForTheMessage(const std::function<void()>& call)
+    {
+        std::atomic<bool> called{false};
+        std::atomic<bool> returned{false};
+        std::thread caller;
+        bool waits = false;
+        m_receiver->set_hook(
+            [&]
+            {
+                caller = std::thread(
+                    [&]
+                    {
+                        called = true;
+                        call();
+                        returned = true;
+                    });
+                for (int turns = 0; turns != 1000 && !returned; turns += called ? 1 : 0)
+                    std::this_thread::yield();
+                waits = !returned;
+            });
+        Write("a");
+        caller.join();
+        m_receiver->set_hook({});
+        return waits;
+    }
 
     boost::shared_ptr<lines_receiver_t> m_receiver = boost::make_shared<lines_receiver_t>("/x/a.log");
     log_t::format_ptr_t m_format = boost::make_shared<line_format_t>("tag");
@@ -263,6 +304,16 @@ TEST_F(Log, ReceiverMayReplaceItself)
     EXPECT_EQ("tag    | b\n", WithoutHeads(other->text()));
 }
 
+TEST_F(Log, ReceiverThatIsReplacedMayLogToTheNext)
+{
+    m_log.set_receiver(boost::make_shared<parting_receiver_t>([this] { Write("gone"); }));
+    m_log.set_receiver(m_receiver);
+    EXPECT_EQ("tag    | gone\n", Written());
+    m_log.set_receiver(boost::make_shared<parting_receiver_t>([this] { Write("lost"); }));
+    m_log.set_receiver({});
+    EXPECT_EQ("tag    | gone\n", Written());
+}
+
 TEST_F(Log, HugeMessageDoesNotChangeTheNext)
 {
     const std::string huge(10485760, 'x');
@@ -352,7 +403,19 @@ TEST_F(Log, FlagsMayChangeWhileOthersLog)
     }
     m_log.close();
     logger.join();
-    EXPECT_LE(m_receiver->messages().size(), 200u);
+    for (const std::string& message : m_receiver->messages())
+        EXPECT_THAT(WithoutHeads(message), testing::AnyOf("tag    | a\n", "Info     a\n"));
+}
+
+TEST_F(Log, WhatIsSharedWaitsForTheMessage)
+{
+    EXPECT_TRUE(WaitsForTheMessage([this] { m_log.set_receiver(m_receiver); }));
+    EXPECT_TRUE(WaitsForTheMessage([this] { m_log.get_receiver(); }));
+    EXPECT_TRUE(WaitsForTheMessage([this] { m_log.set_line_filter({}); }));
+    EXPECT_TRUE(WaitsForTheMessage([this] { m_log.get_line_filter(); }));
+    EXPECT_TRUE(WaitsForTheMessage([this] { m_log.set_size_check(false); }));
+    EXPECT_TRUE(WaitsForTheMessage([this] { m_log.set_mask_sensitive(false); }));
+    EXPECT_TRUE(WaitsForTheMessage([this] { m_log.get_log_path(); }));
 }
 
 TEST(ProcessLog, IsOneObjectWithoutReceiver)

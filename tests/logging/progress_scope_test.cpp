@@ -2,6 +2,7 @@
 
 #include <stdexcept>
 #include <thread>
+#include <type_traits>
 
 #include <boost/make_shared.hpp>
 #include <gtest/gtest.h>
@@ -312,4 +313,16 @@ TEST_F(QuietProgressScope, FirstCloseWins)
     quietly.close_quietly();
     quietly.close_failed();
     EXPECT_EQ("agentid| %01 Failed.\n", Written());
+}
+
+TEST_F(Scopes, RefuseAChannelThatEndsBeforeThem)
+{
+    EXPECT_TRUE((std::is_constructible_v<progress_scope_t, const log_channel_t&, const char*, int>));
+    EXPECT_TRUE((std::is_constructible_v<progress_scope_t, bool, log_channel_t&, const wchar_t*>));
+    EXPECT_TRUE((std::is_constructible_v<quiet_progress_scope_t, const log_channel_t&, const char*, int>));
+
+    EXPECT_FALSE((std::is_constructible_v<progress_scope_t, log_channel_t, const char*>));
+    EXPECT_FALSE((std::is_constructible_v<progress_scope_t, const log_channel_t, const wchar_t*, int>));
+    EXPECT_FALSE((std::is_constructible_v<progress_scope_t, bool, log_channel_t, const char*>));
+    EXPECT_FALSE((std::is_constructible_v<quiet_progress_scope_t, log_channel_t, const char*>));
 }

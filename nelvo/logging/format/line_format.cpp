@@ -23,9 +23,6 @@ constexpr std::size_t kNormalThreadWidth = 6;
 constexpr std::size_t kLabelThreadWidth = 2;
 constexpr pthread_t kLabelThreadModulus = 100;
 
-constexpr std::int32_t kWarning = 3;
-constexpr std::int32_t kError = 4;
-
 constexpr std::string_view kNoTime = "TIME ---";
 
 // What TZ was when a time was broken down. Unset and empty are two different zones.
@@ -145,8 +142,8 @@ std::string_view Label(std::int32_t severity)
 {
     switch (severity)
     {
-    case 1:
-    case 2: return "Info     ";
+    case kDetail:
+    case kInfo: return "Info     ";
     case kWarning: return "Warning  ";
     case kError: return "Error    ";
     default: return {};
@@ -154,7 +151,7 @@ std::string_view Label(std::int32_t severity)
 }
 
 // What all lines of a message have in common.
-struct message_t
+struct style_t
 {
     const line_format_t& format;
     std::int32_t mode;
@@ -164,27 +161,27 @@ struct message_t
     line_filter_t* filter;
 };
 
-void format_line(std::string& out, const message_t& message, bool first_line, std::string_view piece)
+void format_line(std::string& out, const style_t& style, bool first_line, std::string_view piece)
 {
     AppendTime(out);
-    if (message.mode == 0)
+    if (style.mode == 0)
     {
         AppendThread(out, ::pthread_self(), kNormalThreadWidth);
-        out += message.format.get_prefix();
-        out += Mark(message.severity, first_line);
+        out += style.format.get_prefix();
+        out += Mark(style.severity, first_line);
     }
     else
     {
         AppendThread(out, ::pthread_self() % kLabelThreadModulus, kLabelThreadWidth);
-        out += Label(message.severity);
+        out += Label(style.severity);
     }
-    if (message.indent > 0)
-        out.append(2 * static_cast<std::size_t>(message.indent), ' ');
-    if (message.filter != nullptr)
-        out += message.filter->filter_line(piece);
+    if (style.indent > 0)
+        out.append(2 * static_cast<std::size_t>(style.indent), ' ');
+    if (style.filter != nullptr)
+        out += style.filter->filter_line(piece);
     else
         out += piece;
-    out += message.eol;
+    out += style.eol;
 }
 
 } // namespace
@@ -210,12 +207,12 @@ std::string format_lines(const line_format_t& format, std::int32_t mode, std::in
 void append_lines(std::string& out, const line_format_t& format, std::int32_t mode, std::int32_t severity,
                   std::int32_t indent, std::string_view eol, std::string_view text, line_filter_t* filter)
 {
-    const message_t message = {format, mode, severity, indent, eol, filter};
+    const style_t style = {format, mode, severity, indent, eol, filter};
     std::size_t begin = 0;
     do
     {
         const std::size_t end = std::min(text.find('\n', begin), text.size());
-        format_line(out, message, begin == 0, text.substr(begin, end - begin));
+        format_line(out, style, begin == 0, text.substr(begin, end - begin));
         begin = end + 1;
     } while (begin < text.size());
 }

@@ -23,6 +23,15 @@
 namespace logging::format
 {
 
+// Any other number is taken too, and has neither mark nor label.
+enum severity_t : std::int32_t
+{
+    kDetail = 1,
+    kInfo = 2,
+    kWarning = 3,
+    kError = 4
+};
+
 // A channel's column: its tag in exactly 7 characters, cut or padded with blanks, and "| ".
 class line_format_t
 {

@@ -24,7 +24,8 @@ public:
     // Takes one message, however many lines it has, each with its line end.
     virtual void write(const std::string& text) = 0;
 
-    // The log's name; empty for a log that is no file.
+    // The log's name; empty for a log that is no file. May be asked without the lock, while another thread
+    // writes: the path never changes.
     virtual std::string get_path() const;
 
     // What each line ends in, a line feed.

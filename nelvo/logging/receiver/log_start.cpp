@@ -17,13 +17,9 @@ namespace logging
 namespace
 {
 
-std::atomic<bool>& DebugFlag()
-{
-    static std::atomic<bool> flag(false);
-    return flag;
-}
+std::atomic<bool> debug_flag{false};
 
-void SetDebugFlag(bool on) { DebugFlag().store(on, std::memory_order_relaxed); }
+void SetDebugFlag(bool on) { debug_flag.store(on, std::memory_order_relaxed); }
 
 bool IsWithoutEffect(const std::string& word)
 {
@@ -58,18 +54,16 @@ bool open_log(const std::vector<std::string>& paths, bool mask_sensitive, bool s
 bool parse_log_params(const std::string& params, std::vector<std::string>& paths)
 {
     std::cout << "LOG: Parsing log parameters ..." << std::endl;
-    bool has_path = false;
+    std::vector<std::string> found;
     for (const std::string& word : boost::tokenizer(params, boost::char_separator<char>(",")))
     {
         if (word == "debug")
             SetDebugFlag(true);
         else if (!IsWithoutEffect(word))
-        {
-            paths.push_back(util::UnpackLogName(word));
-            has_path = true;
-        }
+            found.push_back(util::UnpackLogName(word));
     }
-    return has_path;
+    paths.insert(paths.end(), found.begin(), found.end());
+    return !found.empty();
 }
 
 void start_log_from_params(const std::string& params, bool mask_sensitive)
@@ -116,6 +110,6 @@ std::string get_log_file_path()
     return receiver ? receiver->get_path() : std::string();
 }
 
-bool is_debug_log() { return DebugFlag().load(std::memory_order_relaxed); }
+bool is_debug_log() { return debug_flag.load(std::memory_order_relaxed); }
 
 } // namespace logging

@@ -16,9 +16,10 @@ void start_log(const std::string& name, bool debug, bool mask_sensitive, bool si
 // its two flags. False if there is no receiver to be had, which leaves the log as it was.
 bool open_log(const std::vector<std::string>& paths, bool mask_sensitive, bool size_check);
 
-// Reads a list that commas separate and appends its paths, unpacked by util::UnpackLogName, whose failures
-// pass. "debug" sets the debug flag; "flush", "cout", "cerr", empty words and words that begin with + or -
-// stand for nothing. False if there was no path. Prints a line on standard output.
+// Reads a list that commas separate and appends its paths, unpacked by util::UnpackLogName; what that throws
+// passes, and paths stays as it was. "debug" sets the debug flag; "flush", "cout", "cerr", empty words and
+// words that begin with + or - stand for nothing. False if there was no path. Prints a line on standard
+// output.
 bool parse_log_params(const std::string& params, std::vector<std::string>& paths);
 
 // Both in one, without a size check: opens the log that the list names and prints on standard output what
