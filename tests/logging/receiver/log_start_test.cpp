@@ -13,6 +13,7 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include "flushed_buffer.h"
 #include "nelvo/core/exc/runtime_exc.h"
 #include "nelvo/logging/channels.h"
 #include "nelvo/logging/log.h"
@@ -53,6 +54,7 @@ protected:
 
     void TearDown() override
     {
+        logging::start_log("", false, false, false);
         m_log->set_receiver({});
         ASSERT_EQ(0, ::chdir("/"));
     }
@@ -295,11 +297,24 @@ TEST_F(LogParams, ParsingNeverClearsTheDebugFlag)
     EXPECT_TRUE(logging::is_debug_log());
 }
 
-TEST_F(LogParams, PathsAreUnpacked)
+TEST_F(LogParams, PathsAreUnpacked) { EXPECT_EQ(":[a,b_c]", Parsed("a_Ab__c")); }
+
+TEST_F(LogParams, PathThatCannotBeUnpackedLeavesNone)
 {
-    EXPECT_EQ(":[a,b_c]", Parsed("a_Ab__c"));
+    paths_t paths = {"before"};
+    EXPECT_THROW(logging::parse_log_params("a.log,my_log.log", paths), exc::runtime_exc_t);
+    EXPECT_EQ(paths_t{"before"}, paths);
+}
+
+TEST_F(LogParams, FirstLineIsFlushed)
+{
+    flushed_buffer_t buffer;
+    std::streambuf* const before = std::cout.rdbuf(&buffer);
     paths_t paths;
-    EXPECT_THROW(logging::parse_log_params("my_log.log", paths), exc::runtime_exc_t);
+    logging::parse_log_params("a.log", paths);
+    std::cout.rdbuf(before);
+    EXPECT_EQ(1, buffer.m_flushes);
+    EXPECT_EQ(kParsing, buffer.str());
 }
 
 TEST_F(LogParams, KeywordsAloneOpenNoLog)
@@ -443,23 +458,22 @@ TEST_F(LogStart, ResetThatCannotReopenAtAllLeavesTheLogSilent)
               m_captured.text());
 }
 
-// The log is closed for good, so this is the last that is said in its process.
-TEST_F(LogStart, ClosedLogIsSilentAndKeepsItsReceiver)
-{
-    const auto receiver = boost::make_shared<lines_receiver_t>("/x/a.log");
-    m_log->set_receiver(receiver);
-    logging::close_log();
-    logging::channels::default_log.info("a");
-    EXPECT_EQ("", receiver->text());
-    EXPECT_EQ("/x/a.log", logging::get_log_file_path());
-}
-
 TEST(LogAtExit, StaticObjectsMayLogAndTheClosingLineComesLast)
 {
     const std::string output = OutputOf(LOG_AT_EXIT);
     ASSERT_LT(2 * Frame().size(), output.size());
     EXPECT_EQ(Frame(), output.substr(0, Frame().size()));
-    EXPECT_EQ("vhd    | in main\n       | from a static object\n",
+    EXPECT_EQ("vhd    | in main\n       | ERR |from a later one\n       | from a static object\n",
+              WithoutHeads(output.substr(Frame().size(), output.size() - 2 * Frame().size())));
+    EXPECT_EQ(Frame(), output.substr(output.size() - Frame().size()));
+}
+
+TEST(LogBeforeMain, LogOnStandardOutputIsWhole)
+{
+    const std::string output = OutputOf(LOG_BEFORE_MAIN);
+    ASSERT_LT(2 * Frame().size(), output.size());
+    EXPECT_EQ(Frame(), output.substr(0, Frame().size()));
+    EXPECT_EQ("early  | before main\n",
               WithoutHeads(output.substr(Frame().size(), output.size() - 2 * Frame().size())));
     EXPECT_EQ(Frame(), output.substr(output.size() - Frame().size()));
 }

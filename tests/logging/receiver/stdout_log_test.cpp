@@ -1,12 +1,12 @@
 #include "nelvo/logging/receiver/stdout_log.h"
 
-#include <sstream>
 #include <stdexcept>
 #include <streambuf>
 
 #include <boost/make_shared.hpp>
 #include <gtest/gtest.h>
 
+#include "flushed_buffer.h"
 #include "nelvo/logging/log.h"
 #include "nelvo/logging/log_channel.h"
 #include "tests/support/failing_memory.h"
@@ -17,20 +17,6 @@ namespace
 {
 
 std::string Frame() { return "//////////////////////////////////////////////////////////////////////////\n"; }
-
-// Counts the flushes.
-class flushed_buffer_t : public std::stringbuf
-{
-public:
-    int m_flushes = 0;
-
-protected:
-    int sync() override
-    {
-        ++m_flushes;
-        return 0;
-    }
-};
 
 class broken_buffer_t : public std::streambuf
 {

@@ -1,0 +1,17 @@
+#include <boost/make_shared.hpp>
+#include <gtest/gtest.h>
+
+#include "nelvo/logging/channels.h"
+#include "nelvo/logging/log.h"
+#include "nelvo/logging/receiver/log_start.h"
+#include "tests/support/lines_receiver.h"
+
+TEST(LogStart, ClosedLogIsSilentAndKeepsItsReceiver)
+{
+    const auto receiver = boost::make_shared<lines_receiver_t>("/x/a.log");
+    logging::GetProcessLog()->set_receiver(receiver);
+    logging::close_log();
+    logging::channels::default_log.info("a");
+    EXPECT_EQ("", receiver->text());
+    EXPECT_EQ("/x/a.log", logging::get_log_file_path());
+}
