@@ -148,13 +148,15 @@ void log_t::WriteLines(std::int32_t severity, std::int32_t indent, const format:
 
 void log_t::CountMessage()
 {
-    if (!m_size_check || m_checking_size)
+    if (!m_size_check)
         return;
     if (m_lines_since_check < kMessagesBetweenChecks)
     {
         ++m_lines_since_check;
         return;
     }
+    if (m_checking_size)
+        return;
     const flag_guard_t checking(m_checking_size);
     check_size();
     m_lines_since_check = 0;

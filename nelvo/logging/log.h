@@ -38,7 +38,7 @@ public:
     // every std::exception on the way, and with it the message: a failing disk does not stop the program.
     //
     // With the size check on, the size is looked at after every thousandth message; after a failed check,
-    // again after the next one. A message that the check itself sends starts no further check.
+    // again after the next one. A message that the check itself sends counts, but starts no further check.
     void write(std::int32_t severity, std::int32_t indent, const format_ptr_t& format, std::string_view text);
 
     // The old receiver closes when its last owner lets go.

@@ -17,6 +17,7 @@
 #include "nelvo/core/exc/file_locked_exc.h"
 #include "nelvo/core/exc/runtime_exc.h"
 #include "nelvo/logging/receiver/posix_log_file.h"
+#include "tests/support/file_mask.h"
 #include "tests/support/gz.h"
 #include "tests/support/private_disk.h"
 #include "tests/support/stdout_capture.h"
@@ -158,12 +159,12 @@ TEST(NumberedLogName, TextIsTakenAsItIs)
 
 TEST_F(LogFiles, TestCreatesFileAndFolders)
 {
-    ::umask(0);
+    const file_mask_t none(0);
     create_test(m_folder / "a/b/c.log");
     EXPECT_EQ(0755u, Mode(m_folder / "a"));
     EXPECT_EQ(0755u, Mode(m_folder / "a/b"));
     EXPECT_EQ(0664u, Mode(m_folder / "a/b/c.log"));
-    ::umask(027);
+    const file_mask_t narrow(027);
     create_test(m_folder / "d.log");
     EXPECT_EQ(0640u, Mode(m_folder / "d.log"));
 }
@@ -379,7 +380,7 @@ TEST_F(LogFiles, LinkAtThePathIsFollowed)
 
 TEST_F(LogFiles, WayToTheFileDecidesItsMode)
 {
-    ::umask(0);
+    const file_mask_t none(0);
     WriteFile(m_file, "");
     const receiver_ptr_t picked = create_file_log({m_folder / "a.log"});
     const receiver_ptr_t numbered = create_file_log({m_folder / "a.log"});

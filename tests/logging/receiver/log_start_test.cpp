@@ -13,6 +13,7 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include "count_anew.h"
 #include "flushed_buffer.h"
 #include "nelvo/core/exc/runtime_exc.h"
 #include "nelvo/logging/channels.h"
@@ -152,6 +153,7 @@ TEST_F(LogStart, FileThatCannotBeALogIsPrinted)
 
 TEST_F(LogStart, SizeIsCheckedIfItIsAskedFor)
 {
+    CountAnew(*m_log);
     logging::start_log("a.log", false, false, true);
     MakeBigLog("a.log");
     LogTimes(999);

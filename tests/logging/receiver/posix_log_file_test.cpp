@@ -14,6 +14,7 @@
 #include "nelvo/core/exc/file_locked_exc.h"
 #include "nelvo/logging/log.h"
 #include "nelvo/logging/receiver/zip_writer.h"
+#include "tests/support/file_mask.h"
 #include "tests/support/gz.h"
 #include "tests/support/lines_receiver.h"
 #include "tests/support/temp_folder.h"
@@ -90,10 +91,10 @@ protected:
 
 TEST_F(PosixLogFile, IsCreatedAsThePlainestFile)
 {
-    ::umask(0);
+    const file_mask_t none(0);
     Write("");
     EXPECT_EQ(0100666u, Info(m_name).st_mode);
-    ::umask(027);
+    const file_mask_t narrow(027);
     const posix_log_file_t log(m_folder / "b.log");
     EXPECT_EQ(0100640u, Info(m_folder / "b.log").st_mode);
 }

@@ -15,6 +15,7 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include "count_anew.h"
 #include "nelvo/core/exc/exc_base.h"
 #include "nelvo/core/exc/runtime_exc.h"
 #include "nelvo/logging/log.h"
@@ -462,9 +463,9 @@ class SizeCheckOfAFile : public Rotation
 protected:
     void SetUp() override
     {
+        CountAnew(*m_process_log);
         Open("a.log");
         m_process_log->set_receiver(m_log);
-        m_process_log->set_size_check(true);
     }
 
     void TearDown() override
@@ -580,7 +581,7 @@ class SizeCheckWithFullArchives : public SizeCheckOfAFile
 protected:
     void SetUp() override
     {
-        m_process_log->set_size_check(true);
+        CountAnew(*m_process_log);
         m_archives = std::make_unique<private_disk_t>(m_folder.path(), 8192);
         WriteFile(m_other / "a.log", "");
         fs::create_symlink(m_other / "a.log", m_folder / "a.log");
@@ -603,6 +604,17 @@ TEST_F(SizeCheckWithFullArchives, MessageFromInsideStartsNoOther)
     Log(1000, 1000);
     EXPECT_THAT(Archives(), ElementsAre("a.1.log.gz", "a.log.gz", "filler"));
     Log(1001, 1001);
+    EXPECT_THAT(Archives(), ElementsAre("a.1.log.gz", "a.2.log.gz", "a.log.gz", "filler"));
+}
+
+TEST_F(SizeCheckWithFullArchives, MessageFromInsideCounts)
+{
+    m_archives->Fill(0);
+    Archive("a.log.gz", "");
+    Log(1, 998);
+    EXPECT_THROW(m_process_log->check_size(), exc::exc_base_t);
+    EXPECT_THAT(Archives(), ElementsAre("a.1.log.gz", "a.log.gz", "filler"));
+    Log(999, 999);
     EXPECT_THAT(Archives(), ElementsAre("a.1.log.gz", "a.2.log.gz", "a.log.gz", "filler"));
 }
 

@@ -9,6 +9,7 @@
 #include "nelvo/core/exc/errno_exc.h"
 #include "nelvo/core/exc/runtime_exc.h"
 #include "nelvo/logging/log.h"
+#include "tests/support/file_mask.h"
 #include "tests/support/gz.h"
 #include "tests/support/lines_receiver.h"
 #include "tests/support/temp_folder.h"
@@ -109,7 +110,7 @@ TEST_F(ZipWriter, EmptiesAFileThatIsThere)
 
 TEST_F(ZipWriter, ModeIsThatOfANewFile)
 {
-    ::umask(027);
+    const file_mask_t narrow(027);
     ArchiveNothing(m_name);
     struct stat info = {};
     ASSERT_EQ(0, ::stat(m_name.c_str(), &info));
