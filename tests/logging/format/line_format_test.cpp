@@ -79,9 +79,13 @@ std::string Padded(const std::string& text, std::size_t width)
 class LineFormat : public ::testing::Test
 {
 protected:
+    // The time text that a case before this one left behind is replaced.
     LineFormat()
     {
         ::setenv("TZ", "UTC", 1);
+        g_has_local_time = true;
+        g_time = kTime - 1;
+        GetLocalTimeText();
         g_time = kTime;
     }
 
