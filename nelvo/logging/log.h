@@ -51,8 +51,8 @@ public:
 
     void set_size_check(bool on);
 
-    // Rotates the receiver's file if it has grown too big. Defined above this floor, in
-    // receiver/log_size_check.cpp.
+    // Rotates the receiver's file if it has grown too big; nothing without a receiver. What fails is thrown
+    // (receiver/rotation.h). Defined above this floor, in receiver/log_size_check.cpp.
     void check_size();
 
     // Whether mask of the channels hides its text.

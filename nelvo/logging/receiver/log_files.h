@@ -1,7 +1,7 @@
 #pragma once
 
 // Which file a log goes to. Paths are used as they stand, a relative one from the working directory. What
-// cannot be used is passed over, in this order: the given paths, one of the same name under
+// cannot be created is passed over, in this order: the given paths, one of the same name under
 // /tmp/NelvoBackup/; and at the chosen path, if its file is locked, the numbered names a.1.log to a.999.log.
 
 #include <string>
@@ -14,9 +14,9 @@ namespace logging::receiver
 
 class log_file_t;
 
-// The receiver for the first usable path, rotated if it is too big. On a std::exception, prints "Failed to
-// initialize log [<first path, or n/a>]." and the exception's text on standard output, and the result is
-// null.
+// The receiver for the path that pick_log_path gives, rotated if it is too big. What fails after the pick, as
+// on a FIFO, is not passed over for the next path. On a std::exception, prints "Failed to initialize log
+// [<first path, or n/a>]." and the exception's text on standard output, and the result is null.
 boost::shared_ptr<log_file_t> create_file_log(const std::vector<std::string>& paths);
 
 // The same for one path. One without a file name is a failure like others here.

@@ -54,16 +54,18 @@ bool open_log(const std::vector<std::string>& paths, bool mask_sensitive, bool s
 bool parse_log_params(const std::string& params, std::vector<std::string>& paths)
 {
     std::cout << "LOG: Parsing log parameters ..." << std::endl;
-    std::vector<std::string> found;
+    bool has_path = false;
     for (const std::string& word : boost::tokenizer(params, boost::char_separator<char>(",")))
     {
         if (word == "debug")
             SetDebugFlag(true);
         else if (!IsWithoutEffect(word))
-            found.push_back(util::UnpackLogName(word));
+        {
+            paths.push_back(util::UnpackLogName(word));
+            has_path = true;
+        }
     }
-    paths.insert(paths.end(), found.begin(), found.end());
-    return !found.empty();
+    return has_path;
 }
 
 void start_log_from_params(const std::string& params, bool mask_sensitive)

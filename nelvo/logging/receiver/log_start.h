@@ -17,8 +17,8 @@ void start_log(const std::string& name, bool debug, bool mask_sensitive, bool si
 bool open_log(const std::vector<std::string>& paths, bool mask_sensitive, bool size_check);
 
 // Reads a list that commas separate and appends its paths, unpacked by util::UnpackLogName; what that throws
-// passes, and paths stays as it was. "debug" sets the debug flag; "flush", "cout", "cerr", empty words and
-// words that begin with + or - stand for nothing. False if there was no path. Prints a line on standard
+// passes, and the paths before it are kept. "debug" sets the debug flag; "flush", "cout", "cerr", empty words
+// and words that begin with + or - stand for nothing. False if there was no path. Prints a line on standard
 // output.
 bool parse_log_params(const std::string& params, std::vector<std::string>& paths);
 

@@ -244,6 +244,23 @@ TEST_F(LogStart, OpenWithoutReceiverLeavesTheLogAsItWas)
     EXPECT_FALSE(m_log->is_mask_sensitive());
 }
 
+TEST_F(LogStart, OpenWithoutReceiverLeavesTheSizeCheckAsItWas)
+{
+    CountAnew(*m_log);
+    ASSERT_EQ(0, ::mkfifo("fifo", 0600));
+    logging::start_log("a.log", false, false, false);
+    EXPECT_FALSE(logging::open_log({"fifo"}, false, true));
+    MakeBigLog("a.log");
+    LogTimes(2000);
+    EXPECT_THAT(Names(), ElementsAre("a.log", "fifo"));
+
+    logging::start_log("b.log", false, false, true);
+    EXPECT_FALSE(logging::open_log({"fifo"}, false, false));
+    MakeBigLog("b.log");
+    LogTimes(1000);
+    EXPECT_THAT(Names(), ElementsAre("a.log", "b.log", "b.log.gz", "fifo"));
+}
+
 TEST_F(LogStart, NewLogOnStandardOutputOpensBeforeTheOldOneCloses)
 {
     logging::start_log("", false, false, false);
@@ -301,11 +318,11 @@ TEST_F(LogParams, ParsingNeverClearsTheDebugFlag)
 
 TEST_F(LogParams, PathsAreUnpacked) { EXPECT_EQ(":[a,b_c]", Parsed("a_Ab__c")); }
 
-TEST_F(LogParams, PathThatCannotBeUnpackedLeavesNone)
+TEST_F(LogParams, PathThatCannotBeUnpackedLeavesThoseBeforeIt)
 {
     paths_t paths = {"before"};
     EXPECT_THROW(logging::parse_log_params("a.log,my_log.log", paths), exc::runtime_exc_t);
-    EXPECT_EQ(paths_t{"before"}, paths);
+    EXPECT_EQ((paths_t{"before", "a.log"}), paths);
 }
 
 TEST_F(LogParams, FirstLineIsFlushed)

@@ -1,6 +1,7 @@
 // A file log's calls of the system, some of which this program answers itself.
 
 #include <cerrno>
+#include <functional>
 #include <sys/file.h>
 #include <sys/syscall.h>
 #include <unistd.h>
@@ -25,6 +26,7 @@ struct calls_t
 {
     bool noted = false;
     std::string text; // those of lock, close and flush so far
+    std::function<void()> before_lock;
     int lock_error = 0;
     int unlock_error = 0;
     int close_error = 0; // the file is closed nevertheless
@@ -52,6 +54,8 @@ int Answer(long result, int error)
 extern "C" int flock(int descriptor, int operation) noexcept
 {
     Note("flock " + std::to_string(operation));
+    if (g_calls.before_lock)
+        g_calls.before_lock();
     const int error = (operation & LOCK_UN) != 0 ? g_calls.unlock_error : g_calls.lock_error;
     return error != 0 ? Answer(-1, error) : Answer(::syscall(SYS_flock, descriptor, operation), 0);
 }
@@ -113,6 +117,16 @@ TEST_F(PosixLogFileCalls, LockDoesNotWaitAndEndsBeforeTheFileDoes)
 {
     boost::make_shared<posix_log_file_t>(m_name);
     EXPECT_EQ(Lock() + Unlock() + "close\n", g_calls.text);
+}
+
+// The last text of the one that held the lock may come after the file has been opened.
+TEST_F(PosixLogFileCalls, EndIsSoughtWhenTheFileIsLocked)
+{
+    g_calls.before_lock = [this] { WriteFile(m_name, "text of another\n"); };
+    posix_log_file_t log(m_name);
+    g_calls.before_lock = {};
+    log.write("text\n");
+    EXPECT_EQ("text of another\ntext\n", ReadFile(m_name));
 }
 
 TEST_F(PosixLogFileCalls, FailedLockNamesTheFile)

@@ -1,6 +1,7 @@
 #include "nelvo/logging/receiver/rotation.h"
 
 #include <algorithm>
+#include <atomic>
 #include <csignal>
 #include <fcntl.h>
 #include <filesystem>
@@ -9,6 +10,7 @@
 #include <sys/file.h>
 #include <sys/stat.h>
 #include <sys/wait.h>
+#include <thread>
 #include <unistd.h>
 
 #include <boost/make_shared.hpp>
@@ -296,6 +298,7 @@ TEST_F(Rotation, KeepsTheFileLockedThroughout)
     const pid_t other = ::fork();
     if (other == 0)
     {
+        ::close_range(3, ~0u, 0); // or it would keep the lock for the log
         const int descriptor = ::open((m_folder / "a.log").c_str(), O_RDONLY | O_CLOEXEC);
         while (::flock(descriptor, LOCK_EX | LOCK_NB) != 0)
         {
@@ -570,6 +573,88 @@ TEST_F(SizeCheckOfAFile, AskedForThrowsWhatTheRotationDoes)
     MakeBig();
     Block();
     EXPECT_THROW(m_process_log->check_size(), exc::runtime_exc_t);
+}
+
+namespace
+{
+
+// Takes itself out of its log when it is to be rotated.
+class leaving_receiver_t : public sized_receiver_t
+{
+public:
+    leaving_receiver_t(const std::string& path, logging::log_t& log, bool& gone)
+        : sized_receiver_t(path, kLimit + 1), m_log(log), m_gone(gone)
+    {
+    }
+    ~leaving_receiver_t() override { m_gone = true; }
+    void compress_to(util::zip_writer_t&) override
+    {
+        const bool& gone = m_gone;
+        m_log.set_receiver({});
+        EXPECT_FALSE(gone);
+    }
+
+private:
+    logging::log_t& m_log;
+    bool& m_gone;
+};
+
+} // namespace
+
+TEST_F(Rotation, ReceiverThatIsReplacedInsideStaysUntilItsEnd)
+{
+    logging::log_t log;
+    bool gone = false;
+    log.set_receiver(boost::make_shared<leaving_receiver_t>(m_folder / "a.log", log, gone));
+    log.check_size();
+    EXPECT_TRUE(gone);
+    EXPECT_THAT(Archives(), ElementsAre("a.log.gz"));
+}
+
+namespace
+{
+
+// Lets another thread ask the log for its receiver while it is rotated.
+class waiting_receiver_t : public sized_receiver_t
+{
+public:
+    waiting_receiver_t(const std::string& path, logging::log_t& log)
+        : sized_receiver_t(path, kLimit + 1), m_log(log)
+    {
+    }
+    void compress_to(util::zip_writer_t&) override
+    {
+        m_other = std::thread(
+            [this]
+            {
+                m_started = true;
+                m_log.get_receiver();
+                m_answered = true;
+            });
+        while (!m_started)
+            std::this_thread::yield();
+        for (int i = 0; i != 10'000; ++i)
+            std::this_thread::yield();
+        EXPECT_FALSE(m_answered);
+    }
+    void Join() { m_other.join(); }
+
+private:
+    logging::log_t& m_log;
+    std::thread m_other;
+    std::atomic<bool> m_started{false};
+    std::atomic<bool> m_answered{false};
+};
+
+} // namespace
+
+TEST_F(Rotation, OthersWaitForACheckThatIsAskedFor)
+{
+    logging::log_t log;
+    const auto receiver = boost::make_shared<waiting_receiver_t>(m_folder / "a.log", log);
+    log.set_receiver(receiver);
+    log.check_size();
+    receiver->Join();
 }
 
 namespace
