@@ -1,5 +1,6 @@
 #include "tests/support/failing_memory.h"
 
+#include <cerrno>
 #include <cstdlib>
 #include <new>
 #include <utility>
@@ -8,12 +9,19 @@ namespace
 {
 
 thread_local bool g_next_fails = false;
+bool g_changes_errno = false;
 
 } // namespace
 
 void FailNextAllocation() { g_next_fails = true; }
 
 bool HasAllocationFailed() { return !std::exchange(g_next_fails, false); }
+
+bool ChangeErrnoWithMemory()
+{
+    g_changes_errno = true;
+    return true;
+}
 
 void* operator new(std::size_t size)
 {
@@ -22,6 +30,8 @@ void* operator new(std::size_t size)
     void* const memory = std::malloc(size != 0 ? size : 1);
     if (memory == nullptr)
         throw std::bad_alloc();
+    if (g_changes_errno)
+        errno = ENOTUNIQ;
     return memory;
 }
 

@@ -7,3 +7,9 @@ void FailNextAllocation();
 
 // True if an allocation has failed since then. Ends the wait for one.
 bool HasAllocationFailed();
+
+// From now on each allocation by operator new leaves ENOTUNIQ in errno, so that a failure that reads errno
+// too late carries a text that none should. Returns true, so that a program can begin with it:
+//
+//   const bool g_errno_changes = ChangeErrnoWithMemory();
+bool ChangeErrnoWithMemory();
