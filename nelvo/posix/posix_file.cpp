@@ -4,6 +4,7 @@
 #include <array>
 #include <cerrno>
 #include <cstdint>
+#include <string>
 #include <utility>
 
 #include <fcntl.h>
@@ -35,7 +36,7 @@ constexpr const char* kCreateFailure = "POSIX: Failed to create or open file [%1
 constexpr const char* kReadFailure = "POSIX: Failed to open file [%1].";
 constexpr const char* kReadWriteFailure = "POSIX: Failed to open file [%1] for read/write access.";
 
-stream_pos_t Move(int descriptor, const util::str_t& path, stream_pos_t distance, int method)
+stream_pos_t SeekOrThrow(int descriptor, const util::str_t& path, stream_pos_t distance, int method)
 {
     const stream_pos_t position = ::lseek64(descriptor, distance, method);
     if (position != -1)
@@ -47,7 +48,7 @@ stream_pos_t Move(int descriptor, const util::str_t& path, stream_pos_t distance
 }
 
 // The call is stat64 or lstat64.
-struct stat64 GetInfo(int (*call)(const char*, struct stat64*), const char* path)
+struct stat64 StatOrThrow(int (*call)(const char*, struct stat64*), const char* path)
 {
     struct stat64 info = {};
     if (call(path, &info) != -1)
@@ -58,8 +59,8 @@ struct stat64 GetInfo(int (*call)(const char*, struct stat64*), const char* path
 
 // The two requests and the flags are numbers that some file system knows; the common ones refuse both
 // requests.
-constexpr unsigned long kRoomRequest = 0xBBD;
-constexpr unsigned long kOtherRoomRequest = 0xBBC;
+constexpr unsigned long kFirstPreallocRequest = 0xBBD;
+constexpr unsigned long kSecondPreallocRequest = 0xBBC;
 constexpr std::uint64_t kRoomFlags = 0x2400;
 
 struct room_t
@@ -73,7 +74,8 @@ struct room_t
 void AskForRoom(int descriptor, stream_size_t size)
 {
     room_t room = {static_cast<std::uint64_t>(size), kRoomFlags};
-    if (::ioctl(descriptor, kRoomRequest, &room) >= 0 || ::ioctl(descriptor, kOtherRoomRequest, &room) >= 0)
+    if (::ioctl(descriptor, kFirstPreallocRequest, &room) >= 0 ||
+        ::ioctl(descriptor, kSecondPreallocRequest, &room) >= 0)
         return;
     if (::ftruncate64(descriptor, size) != -1)
         return;
@@ -82,18 +84,20 @@ void AskForRoom(int descriptor, stream_size_t size)
 }
 
 void Preallocate(const std::string& path, int descriptor, stream_size_t size)
-try
 {
     const std::string bytes = util::GroupedText(size);
-    quiet_progress_scope_t scope(logging::channels::default_log,
-                                 "Preallocating [%2] bytes for the file [%1].", path, bytes);
-    AskForRoom(descriptor, size);
-    scope.close_with("[%2] bytes were preallocated for the file [%1].", path, bytes);
-}
-catch (std::exception& e)
-{
-    logging::channels::default_log.warning_exc(e, "Unable to preallocate [%2] bytes for the file [%1].", path,
-                                               util::GroupedText(size));
+    try
+    {
+        quiet_progress_scope_t scope(logging::channels::default_log,
+                                     "Preallocating [%2] bytes for the file [%1].", path, bytes);
+        AskForRoom(descriptor, size);
+        scope.close_with("[%2] bytes were preallocated for the file [%1].", path, bytes);
+    }
+    catch (std::exception& e)
+    {
+        logging::channels::default_log.warning_exc(e, "Unable to preallocate [%2] bytes for the file [%1].",
+                                                   path, bytes);
+    }
 }
 
 } // namespace
@@ -162,7 +166,7 @@ void posix_file_t::SparseFileSetZeroData(const posix_file_ptr_t&, stream_pos_t, 
 // The object is made before its descriptor, so that none is lost when memory runs out.
 posix_file_ptr_t posix_file_t::Open(const util::str_t& path, int flags, const char* failure)
 {
-    security::CheckPathAccess(path);
+    security::CheckPathAccess(path.narrow().c_str());
     posix_file_ptr_t file(new posix_file_t(path));
     file->m_descriptor = ::open64(path.narrow().c_str(), flags, kCreationMode);
     const int error = errno;
@@ -273,7 +277,7 @@ int posix_file_t::Close()
 
 stream_pos_t posix_file_t::Seek(stream_pos_t distance, int method)
 {
-    return Move(m_descriptor, m_path, distance, method);
+    return SeekOrThrow(m_descriptor, m_path, distance, method);
 }
 
 stream_pos_t posix_file_t::SeekFromBegin(stream_pos_t position) { return Seek(position, SEEK_SET); }
@@ -282,7 +286,7 @@ stream_pos_t posix_file_t::SeekFromCurrent(stream_pos_t distance) { return Seek(
 
 stream_pos_t posix_file_t::SeekFromEnd(stream_pos_t distance) { return Seek(distance, SEEK_END); }
 
-stream_pos_t posix_file_t::GetPosition() const { return Move(m_descriptor, m_path, 0, SEEK_CUR); }
+stream_pos_t posix_file_t::GetPosition() const { return SeekOrThrow(m_descriptor, m_path, 0, SEEK_CUR); }
 
 std::string posix_file_t::SeekMethodName(int method)
 {
@@ -295,13 +299,13 @@ std::string posix_file_t::SeekMethodName(int method)
     }
 }
 
-uid_t posix_file_t::GetOwnerUid(const char* path) { return GetInfo(::stat64, path).st_uid; }
+uid_t posix_file_t::GetOwnerUid(const char* path) { return StatOrThrow(::stat64, path).st_uid; }
 
-gid_t posix_file_t::GetOwnerGid(const char* path) { return GetInfo(::stat64, path).st_gid; }
+gid_t posix_file_t::GetOwnerGid(const char* path) { return StatOrThrow(::stat64, path).st_gid; }
 
 mode_t posix_file_t::GetPermissions(const char* path)
 {
-    return GetInfo(::stat64, path).st_mode & kPermissionBits;
+    return StatOrThrow(::stat64, path).st_mode & kPermissionBits;
 }
 
 void posix_file_t::SetPermissions(const char* path, mode_t mode)
@@ -314,13 +318,13 @@ void posix_file_t::SetPermissions(const char* path, mode_t mode)
 
 void posix_file_t::GetLinkOwner(const char* path, bool& is_link, uid_t& uid, gid_t& gid)
 {
-    const struct stat64 info = GetInfo(::lstat64, path);
+    const struct stat64 info = StatOrThrow(::lstat64, path);
     is_link = S_ISLNK(info.st_mode);
     uid = info.st_uid;
     gid = info.st_gid;
 }
 
-bool posix_file_t::IsSymlink(const char* path) { return S_ISLNK(GetInfo(::lstat64, path).st_mode); }
+bool posix_file_t::IsSymlink(const char* path) { return S_ISLNK(StatOrThrow(::lstat64, path).st_mode); }
 
 int posix_file_t::SetOwner(const char* path, uid_t uid, gid_t gid)
 {
@@ -334,7 +338,7 @@ int posix_file_t::SetOwner(const char* path, uid_t uid, gid_t gid)
 void posix_file_t::GetFileTimes(const util::str_t& path, std::time_t* access_time,
                                 std::time_t* modification_time)
 {
-    const struct stat64 info = GetInfo(::stat64, path.narrow().c_str());
+    const struct stat64 info = StatOrThrow(::stat64, path.narrow().c_str());
     if (access_time != nullptr)
         *access_time = info.st_atime;
     if (modification_time != nullptr)
@@ -375,9 +379,13 @@ std::string posix_file_t::ReadSymlink(const std::string& path)
     throw exc::runtime_exc_t("Unable to get symbolic link target path. Link: [%1].", path);
 }
 
+std::string posix_file_t::ReadSymlink(const char* path) { return ReadSymlink(std::string(path)); }
+
 std::wstring posix_file_t::ReadSymlink(const std::wstring& path)
 {
     return ReadSymlink(util::str_t(path)).wide();
 }
+
+std::wstring posix_file_t::ReadSymlink(const wchar_t* path) { return ReadSymlink(std::wstring(path)); }
 
 } // namespace posix

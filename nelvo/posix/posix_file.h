@@ -7,10 +7,11 @@
 //   file->SeekFromEnd(0);
 //   file->WriteText("a line\n");
 //
-// A failure is a posix::errno_exc_t whose message names the file, unless another is named below. Nothing is
-// buffered, nothing is retried but a read or write that a signal interrupted, and nothing is logged but by
-// CreateWithPrealloc. Child processes inherit the descriptor (no O_CLOEXEC). One object serves one thread
-// at a time.
+// A failure is a posix::errno_exc_t whose message names the file, unless another is named below. A wide path
+// without a UTF-8 form throws exc::runtime_exc_t before anything is done (util::WideToUtf8). A path ends at
+// its first zero byte, for the access check as for the system. Nothing is buffered, nothing is retried but a
+// read or write that a signal interrupted, and nothing is logged but by CreateWithPrealloc. Child processes
+// inherit the descriptor (no O_CLOEXEC). One object serves one thread at a time.
 
 #include <ctime>
 #include <string>
@@ -33,7 +34,8 @@ public:
 
     // CreateOrOpen; then, unless the size is 0, asks the file system for room, or else makes that the file's
     // size, which cuts a longer file. How that went is logged on the default channel; it never makes opening
-    // fail.
+    // fail. If all ways fail, "Preallocating [<size>] bytes for the file [<path>]. Failed." stands in the log
+    // before the warning with the reason.
     // Kept: PosixFile.PreallocationCutsALongerFile
     static posix_file_ptr_t CreateWithPrealloc(const util::str_t& path, stream_size_t prealloc_size);
 
@@ -127,7 +129,9 @@ public:
     // The link's target in the form of the path. Throws exc::runtime_exc_t for one of 32768 bytes or more.
     static util::str_t ReadSymlink(const util::str_t& path);
     static std::string ReadSymlink(const std::string& path);
+    static std::string ReadSymlink(const char* path);
     static std::wstring ReadSymlink(const std::wstring& path);
+    static std::wstring ReadSymlink(const wchar_t* path);
 
 private:
     explicit posix_file_t(const util::str_t& path) : m_path(path) {}

@@ -13,6 +13,7 @@
 #include <fcntl.h>
 #include <gtest/gtest.h>
 #include <sys/ioctl.h>
+#include <sys/stat.h>
 #include <sys/syscall.h>
 #include <unistd.h>
 
@@ -21,6 +22,7 @@
 #include "nelvo/core/util/format.h"
 #include "nelvo/logging/log.h"
 #include "nelvo/posix/posix_file.h"
+#include "tests/support/failing_memory.h"
 #include "tests/support/lines_receiver.h"
 #include "tests/support/temp_folder.h"
 
@@ -78,6 +80,18 @@ bool Answered(const std::string& call, answer_t& answer)
     answer = g_record->answers.front();
     g_record->answers.pop_front();
     return true;
+}
+
+// A question about a file. While somebody listens, the answer is made up.
+int Stat(const char* name, const char* path, struct stat64* info, int flags)
+{
+    if (g_record == nullptr)
+        return ::fstatat64(AT_FDCWD, path, info, flags);
+    g_record->calls.push_back(util::Format("%1(%2)", name, path));
+    info->st_uid = 1234;
+    info->st_gid = 5678;
+    info->st_mode = S_IFLNK | 06741;
+    return 0;
 }
 
 // A call that the test answers with a failure or in full.
@@ -157,6 +171,22 @@ extern "C" int fsync(int descriptor) { return static_cast<int>(Call("fsync", SYS
 extern "C" ssize_t readlink(const char* path, char* buffer, std::size_t size) noexcept
 {
     return Call(util::Format("readlink(%1)", size), SYS_readlink, path, buffer, size);
+}
+
+extern "C" int stat64(const char* path, struct stat64* info) noexcept
+{
+    return Stat("stat64", path, info, 0);
+}
+
+extern "C" int lstat64(const char* path, struct stat64* info) noexcept
+{
+    return Stat("lstat64", path, info, AT_SYMLINK_NOFOLLOW);
+}
+
+extern "C" int lchown(const char* path, uid_t uid, gid_t gid) noexcept
+{
+    return static_cast<int>(
+        Call(util::Format("lchown(%1, %2, %3)", path, uid, gid), SYS_lchown, path, uid, gid));
 }
 
 // What fortified callers call instead.
@@ -387,6 +417,54 @@ TEST_F(PosixFilePreallocation, NegativeSizeIsAskedForAsItStands)
     EXPECT_EQ("0123456789", ReadFile(m_path));
 }
 
+TEST_F(PosixFilePreallocation, AnyNameStandsInTheWarningByteByByte)
+{
+    const std::string longest(255, 'x');
+    for (const std::string& name : {std::string("%1 %2\n\xff"), longest})
+        Calls({Take(::dup(m_file->GetDescriptor())), Fail(ENOTTY), Fail(ENOTTY), Fail(ENOSPC)},
+              [&] { posix_file_t::CreateWithPrealloc(m_folder / name, 10); });
+    EXPECT_EQ("", m_failure);
+    EXPECT_EQ("       | Preallocating [10] bytes for the file [" + m_folder.path() +
+                  "/%1 %2\n"
+                  "       | \xff]. Failed.\n"
+                  "       | WARN|Unable to preallocate [10] bytes for the file [" +
+                  m_folder.path() +
+                  "/%1 %2\n"
+                  "       | >>  |\xff].\n"
+                  "       | >>  |No space left on device\n"
+                  "       | >>  |ftruncate64() has failed.\n"
+                  "       | Preallocating [10] bytes for the file [" +
+                  (m_folder / longest) +
+                  "]. Failed.\n"
+                  "       | WARN|Unable to preallocate [10] bytes for the file [" +
+                  (m_folder / longest) +
+                  "].\n"
+                  "       | >>  |No space left on device\n"
+                  "       | >>  |ftruncate64() has failed.\n",
+              Logged());
+}
+
+TEST_F(PosixFilePreallocation, MemoryThatRunsOutIsAWarningToo)
+{
+    int calls = 0;
+    m_between = [&]
+    {
+        if (++calls == 2)
+            FailNextAllocation();
+    };
+    EXPECT_EQ((calls_t{"open64(0x42, 0666)", "ioctl(0xBBD, {10, 0x2400})"}), Create(10, {Take(0)}));
+    EXPECT_TRUE(HasAllocationFailed());
+    EXPECT_EQ("", m_failure);
+    EXPECT_EQ("       | Preallocating [10] bytes for the file [" + m_path +
+                  "]. Failed.\n"
+                  "       | WARN|Unable to preallocate [10] bytes for the file [" +
+                  m_path +
+                  "].\n"
+                  "       | >>  |std::bad_alloc\n",
+              Logged());
+    EXPECT_EQ(10, m_created->GetSize());
+}
+
 TEST_F(PosixFilePreallocation, SizeOfZeroAsksForNothingAndLogsNothing)
 {
     EXPECT_EQ(calls_t{"open64(0x42, 0666)"}, Create(0, {}));
@@ -513,6 +591,42 @@ TEST_F(PosixFileCalls, WholeTextIsReadOnAfterAShortPiece)
     std::string text;
     EXPECT_EQ((calls_t{"read(1024)", "read(1014)", "read(1024)"}), Calls([&] { m_file->ReadAllText(text); }));
     EXPECT_EQ("0123456789", text);
+}
+
+// By path
+
+TEST_F(PosixFileCalls, OwnersAndPermissionsAreAskedOfTheTarget)
+{
+    uid_t uid = 0;
+    gid_t gid = 0;
+    mode_t mode = 0;
+    EXPECT_EQ(calls_t{"stat64(x)"}, Calls([&] { uid = posix_file_t::GetOwnerUid("x"); }));
+    EXPECT_EQ(calls_t{"stat64(x)"}, Calls([&] { gid = posix_file_t::GetOwnerGid("x"); }));
+    EXPECT_EQ(calls_t{"stat64(x)"}, Calls([&] { mode = posix_file_t::GetPermissions("x"); }));
+    EXPECT_EQ(1234u, uid);
+    EXPECT_EQ(5678u, gid);
+    EXPECT_EQ(06741u, mode);
+}
+
+TEST_F(PosixFileCalls, OwnersOfALinkAreAskedOfTheLink)
+{
+    bool is_link = false;
+    uid_t uid = 0;
+    gid_t gid = 0;
+    EXPECT_EQ(calls_t{"lstat64(x)"}, Calls([&] { posix_file_t::GetLinkOwner("x", is_link, uid, gid); }));
+    EXPECT_TRUE(is_link);
+    EXPECT_EQ(1234u, uid);
+    EXPECT_EQ(5678u, gid);
+}
+
+TEST_F(PosixFileCalls, SetOwnerDoesNotFollowALink)
+{
+    int result = -1;
+    EXPECT_EQ(calls_t{"lchown(x, 1234, 5678)"},
+              Calls({Take(7)}, [&] { result = posix_file_t::SetOwner("x", 1234, 5678); }));
+    EXPECT_EQ(7, result);
+    EXPECT_EQ(calls_t{"lchown(x, 1, 2)"}, Calls({Fail(EPERM)}, [] { posix_file_t::SetOwner("x", 1, 2); }));
+    EXPECT_EQ("Operation not permitted\nchown(x) has failed.", m_failure);
 }
 
 // Links

@@ -1,6 +1,6 @@
 #include "nelvo/posix/posix_file_fwd.h"
 
-#include <limits>
+#include <cstdint>
 #include <type_traits>
 #include <utility>
 
@@ -16,8 +16,6 @@ TEST(PosixFileForward, HandlePassesOnWithoutTheClass)
 
 TEST(PosixFileForward, SizesAndPositionsAreSignedWith64Bits)
 {
-    EXPECT_EQ(9223372036854775807, std::numeric_limits<stream_size_t>::max());
-    EXPECT_EQ(-1, stream_size_t(-1));
-    EXPECT_EQ(9223372036854775807, std::numeric_limits<stream_pos_t>::max());
-    EXPECT_EQ(-1, stream_pos_t(-1));
+    EXPECT_TRUE((std::is_same_v<std::int64_t, stream_size_t>));
+    EXPECT_TRUE((std::is_same_v<std::int64_t, stream_pos_t>));
 }
