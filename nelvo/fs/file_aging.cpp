@@ -1,6 +1,10 @@
 #include "nelvo/fs/file_aging.h"
 
+#include <exception>
+#include <string>
+
 #include "nelvo/core/exc/rethrow.h"
+#include "nelvo/core/util/format.h"
 #include "nelvo/core/util/text.h"
 #include "nelvo/fs/file_utils.h"
 

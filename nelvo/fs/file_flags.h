@@ -26,7 +26,8 @@ void SetNoCow(const str_t& path, bool on);
 
 // The same, but a std::exception ends as a warning on the default log: "Unable to set IMMUTABLE file
 // attribute" or "Unable to remove IMMUTABLE file attribute", with NOCOW for the other flag, and the
-// exception.
+// exception. A wide path without a UTF-8 form still throws exc::runtime_exc_t: it becomes a str_t before the
+// call begins.
 void TrySetImmutable(const posix_file_ptr_t& file, bool on);
 void TrySetImmutable(const str_t& path, bool on);
 void TrySetNoCow(const posix_file_ptr_t& file, bool on);

@@ -3,6 +3,7 @@
 #include <cerrno>
 #include <cstdlib>
 #include <stdexcept>
+#include <string>
 #include <sys/stat.h>
 #include <unistd.h>
 
@@ -32,7 +33,7 @@ using stat_call_t = int (*)(const char* path, struct stat64* info);
 
 bool Exists(stat_call_t call, const std::string& path)
 {
-    security::CheckPathAccess(path);
+    security::CheckPathAccess(path.c_str());
     struct stat64 info = {};
     if (call(path.c_str(), &info) == 0)
         return true;
@@ -52,7 +53,7 @@ bool ExistsByLstat(const std::string& path) { return Exists(::lstat64, path); }
 
 bool FileExists(const std::string& path)
 {
-    security::CheckPathAccess(path);
+    security::CheckPathAccess(path.c_str());
     return boost::filesystem::exists(path);
 }
 
@@ -60,7 +61,7 @@ bool FileExists(const std::wstring& path) { return FileExists(WideToUtf8(path));
 
 file_short_stat_t fs_short_stat(const std::string& path)
 {
-    security::CheckPathAccess(path);
+    security::CheckPathAccess(path.c_str());
     struct stat64 info = {};
     if (::lstat64(path.c_str(), &info) == -1)
     {
@@ -73,7 +74,7 @@ file_short_stat_t fs_short_stat(const std::string& path)
 
 std::uint32_t GetDeviceId(const std::string& path)
 {
-    security::CheckPathAccess(path);
+    security::CheckPathAccess(path.c_str());
     struct stat64 info = {};
     if (::stat64(path.c_str(), &info) == -1)
     {
@@ -85,12 +86,13 @@ std::uint32_t GetDeviceId(const std::string& path)
 
 bool IsSameDevice(const std::string& left, const std::string& right)
 {
-    return GetDeviceId(left) == GetDeviceId(right);
+    const std::uint32_t left_device = GetDeviceId(left);
+    return left_device == GetDeviceId(right);
 }
 
 void CreateParentFolders(const std::string& path)
 {
-    security::CheckPathAccess(path);
+    security::CheckPathAccess(path.c_str());
     // A separator at the start names the root, which exists.
     for (std::size_t end = path.find('/', 1); end != std::string::npos; end = path.find('/', end + 1))
     {
@@ -102,7 +104,7 @@ void CreateParentFolders(const std::string& path)
 
 void CreateDirectory(const std::string& path)
 {
-    security::CheckPathAccess(path);
+    security::CheckPathAccess(path.c_str());
     if (::mkdir(path.c_str(), 0755) == 0)
         return;
     const int error = errno;
@@ -121,21 +123,21 @@ std::wstring GetHomeTempDir()
 
 void RemoveFile(const std::string& path)
 {
-    security::CheckPathAccess(path);
+    security::CheckPathAccess(path.c_str());
     boost::filesystem::remove(path);
 }
 
 void RenameFile(const std::string& old_path, const std::string& new_path)
 {
-    security::CheckPathAccess(new_path);
-    security::CheckPathAccess(old_path);
+    security::CheckPathAccess(new_path.c_str());
+    security::CheckPathAccess(old_path.c_str());
     boost::filesystem::rename(old_path, new_path);
 }
 
 void CopyFile(const std::string& source, const std::string& target, bool overwrite)
 {
-    security::CheckPathAccess(source);
-    security::CheckPathAccess(target);
+    security::CheckPathAccess(source.c_str());
+    security::CheckPathAccess(target.c_str());
     const stub_impersonation_session_ptr_t source_session = HoldImpersonation();
     const stub_impersonation_session_ptr_t target_session = HoldImpersonation();
     if (boost::filesystem::exists(target))
@@ -154,8 +156,8 @@ void CopyFile(const std::wstring& source, const std::wstring& target, bool overw
 
 bool CreateSymlink(const std::string& link, const std::string& target)
 {
-    security::CheckPathAccess(link);
-    security::CheckPathAccess(target);
+    security::CheckPathAccess(link.c_str());
+    security::CheckPathAccess(target.c_str());
     if (::symlink(target.c_str(), link.c_str()) == 0)
         return true;
     const int error = errno;
@@ -164,7 +166,7 @@ bool CreateSymlink(const std::string& link, const std::string& target)
 
 bool RemoveSymlink(const std::string& path)
 {
-    security::CheckPathAccess(path);
+    security::CheckPathAccess(path.c_str());
     if (!ExistsByLstat(path))
         throw exc::runtime_exc_t("Failed to remove symlink: Symlink does not found by path '" + path + "'");
     if (::unlink(path.c_str()) == 0)
@@ -179,7 +181,7 @@ void CreateEmptyFile(const std::wstring& path) { posix::posix_file_t::CreateWith
 
 posix_file_ptr_t OpenForAppendOrCreate(const std::wstring& path)
 {
-    return posix::posix_file_t::CreateOrOpen(WideToUtf8(path), false);
+    return posix::posix_file_t::CreateOrOpen(path);
 }
 
 std::string ReplaceBadFileNameChars(const std::string& name)

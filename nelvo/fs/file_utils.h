@@ -6,7 +6,7 @@
 // An operation that touches a path asks for access to it first (security::CheckPathAccess), one with two
 // paths for both, in the order told; a refusal passes on. A failed system call throws posix::errno_exc_t with
 // the text told. What Boost.Filesystem reports passes on without context. Wide paths are converted first
-// (util::WideToUtf8).
+// (util::WideToUtf8). A path ends at its first zero byte, for the access check as for the system.
 
 #include <cstdint>
 #include <string>
@@ -46,7 +46,7 @@ file_short_stat_t fs_short_stat(const std::string& path);
 // Devices whose numbers differ above these bits pass for the same.
 // Kept: FileUtilsCalls.DevicesThatDifferAboveThemAreTheSame
 std::uint32_t GetDeviceId(const std::string& path);
-bool IsSameDevice(const std::string& left, const std::string& right);
+bool IsSameDevice(const std::string& left, const std::string& right); // the left one first
 
 // Creates each missing folder above the path's last component ("/a/b/" asks for /a and /a/b), as ExistsByStat
 // and CreateDirectory do.

@@ -1,8 +1,9 @@
 #include "nelvo/fs/free_space.h"
 
 #include <cerrno>
-#include <cstdio>
+#include <cstring>
 #include <iostream>
+#include <string>
 #include <string_view>
 #include <sys/wait.h>
 #include <unistd.h>
@@ -13,6 +14,7 @@
 #include "nelvo/core/exc/errno_exc.h"
 #include "nelvo/core/exc/rethrow.h"
 #include "nelvo/core/exc/runtime_exc.h"
+#include "nelvo/core/util/format.h"
 #include "nelvo/core/util/str.h"
 #include "nelvo/core/util/text.h"
 #include "nelvo/core/util/to_text.h"
@@ -31,20 +33,20 @@ constexpr std::string_view kVmfsVolumes = "/vmfs/volumes/";
 constexpr char kVmfsScript[] = R"perl(my $space=&_getVmfsDevice($ARGV[0]);if($space->{available}<$ARGV[1]){die "Insufficient disk space on $space->{mount_point}. Only $space->{available} bytes available.";}else{print "available space:$space->{available} bytes on $space->{mount_point}\n";exit 0;}sub _getVmfsDevice($){my $path=shift;my $device={};my $fstools='/usr/sbin/vmkfstools';if(!( -x $fstools)){die "$fstools doesn't exists\n";}my $fs_info=`$fstools -P \"$path\"`;foreach (split('\n', $fs_info)){if(/^File system label \(if any\):\s*(\S.*)\s*$/){$device->{mount_point}="/vmfs/volumes/$1";}if (/Capacity ([0-9]*) .*, ([0-9]*) .*avail/){$device->{mount_device}=$path;$device->{size}=$1;$device->{available}=$2;$device->{used}=$device->{size}-$device->{available};$device->{used_percents}=int($device->{used}*100/$device->{size});}}if(defined($device->{mount_point})&&defined($device->{mount_device})){return $device;}else{die "vmkfstools command doesn't return necessary fields";}})perl";
 // clang-format on
 
-// Becomes the script. A failure to do so ends the child here and now: on the way up it would run the
+void SayFromChild(const char* text)
+{
+    [[maybe_unused]] const ssize_t written = ::write(STDERR_FILENO, text, std::strlen(text));
+}
+
+// Becomes the script. Other threads may have held locks at the fork, that of the memory too, so nothing here
+// takes one, and a failure to become the script ends the child here and now: on the way up it would run the
 // caller's code a second time and write out a copy of the caller's buffered text.
 [[noreturn]] void RunVmfsScript(const char* volume, const char* required)
 {
-    try
-    {
-        ::execlp("perl", "perl", "-e", kVmfsScript, volume, required, static_cast<char*>(nullptr));
-        const int error = errno;
-        throw posix::errno_exc_t("execlp() function call has failed.", error);
-    }
-    catch (const std::exception& e)
-    {
-        ::dprintf(STDERR_FILENO, "%s\n", e.what());
-    }
+    ::execlp("perl", "perl", "-e", kVmfsScript, volume, required, static_cast<char*>(nullptr));
+    const int error = errno;
+    SayFromChild(::strerrordesc_np(error));
+    SayFromChild("\nexeclp() function call has failed.\n");
     ::_exit(1);
 }
 
@@ -82,17 +84,7 @@ bool WaitForVmfsScript(pid_t child)
     }
 }
 
-} // namespace
-
-bool IsVmfsPath(const std::string& path, std::string& volume)
-{
-    if (!StartsWithNoCase(path, kVmfsVolumes))
-        return false;
-    volume = path.substr(0, path.find_first_of("/\\", kVmfsVolumes.size()));
-    return true;
-}
-
-bool CheckVmfsFreeSpace(const std::string& volume, std::uint64_t required)
+bool AskVmfsVolume(const std::string& volume, std::uint64_t required)
 try
 {
     return WaitForVmfsScript(StartVmfsScript(volume, required));
@@ -106,9 +98,25 @@ catch (std::exception& e)
         e);
 }
 
+} // namespace
+
+bool IsVmfsPath(const std::string& path, std::string& volume)
+{
+    if (!StartsWithNoCase(path, kVmfsVolumes))
+        return false;
+    volume = path.substr(0, path.find_first_of("/\\", kVmfsVolumes.size()));
+    return true;
+}
+
+bool CheckVmfsFreeSpace(const std::string& volume, std::uint64_t required)
+{
+    security::CheckPathAccess(volume.c_str());
+    return AskVmfsVolume(volume, required);
+}
+
 void CheckFreeSpace(const std::string& path, std::uint64_t required)
 {
-    security::CheckPathAccess(path);
+    security::CheckPathAccess(path.c_str());
     const stub_impersonation_session_ptr_t session = HoldImpersonation();
     std::string volume;
     if (IsVmfsPath(path, volume))
@@ -127,7 +135,7 @@ void CheckFreeSpace(const std::string& path, std::uint64_t required)
 
 std::uint64_t GetFreeSpace(const std::string& path)
 {
-    security::CheckPathAccess(path);
+    security::CheckPathAccess(path.c_str());
     return boost::filesystem::space(path).available;
 }
 

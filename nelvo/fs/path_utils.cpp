@@ -5,6 +5,7 @@
 #include <climits>
 #include <cstdio>
 #include <fstream>
+#include <string>
 #include <sys/stat.h>
 #include <unistd.h>
 
@@ -14,6 +15,7 @@
 #include "nelvo/core/exc/errno_exc.h"
 #include "nelvo/core/exc/rethrow.h"
 #include "nelvo/core/exc/runtime_exc.h"
+#include "nelvo/core/util/format.h"
 #include "nelvo/core/util/path_text.h"
 #include "nelvo/core/util/str.h"
 #include "nelvo/fs/convert_base.h"
@@ -80,7 +82,7 @@ bool CPathUtils::Exists(const std::string& path)
 try
 {
     CheckPathIsSet(path);
-    security::CheckPathAccess(path);
+    security::CheckPathAccess(path.c_str());
     struct stat64 info = {};
     const int result = ::lstat64(path.c_str(), &info);
     const int error = errno;

@@ -6,8 +6,9 @@
 //   No such file or directory
 //   CPathUtils: Failed to read link [/tmp/x].
 //
-// A failed system call is posix::errno_exc_t, a failed test exc::runtime_exc_t; both get the context line of
-// each operation that they leave. Between a test and the call that follows it another process may step in.
+// A failed system call is posix::errno_exc_t, a failed test exc::runtime_exc_t with the text told; both get
+// the context line of each operation that they leave. Between a test and the call that follows it another
+// process may step in. A path ends at its first zero byte for the access check and the system.
 
 #include <cstdint>
 #include <string>
@@ -25,15 +26,18 @@ public:
     // Context: "CPathUtils: Unable to get current working directory."
     static std::string GetCurrentDir();
 
-    // The target must exist, a hard link's name must not. Neither may be empty.
+    // The link's name must be free. An empty name is "Link filename is empty.", an empty target "Link target
+    // path is empty.", a missing target "Target path is not exist."
     // Context: "CPathUtils: Failed to create hard link [<name>] with target [<target>]."
     static void CreateHardLink(const std::string& target, const std::string& link_name);
 
-    // The target need not exist. Neither may be empty. util::CreateSymlink takes them the other way round.
+    // The target need not exist. util::CreateSymlink takes the two the other way round. Empty texts are
+    // refused as by CreateHardLink.
     // Context: "CPathUtils: Failed to create symbolic link [<name>] with target [<target>]."
     static void CreateSymLink(const std::string& target, const std::string& link_name);
 
-    // Never replaces what stands at the target. Equal paths are left alone without any test.
+    // Never replaces what stands at the target: that is "Target path currently exist.", and a missing source
+    // "Source path is not exist." Equal paths are left alone without any test.
     // Context: "CPathUtils: Failed to rename file from [<source>] to [<target>]."
     static void Rename(const std::string& source, const std::string& target);
 
@@ -49,15 +53,16 @@ public:
     static char GetSeparator() { return '/'; }
 
     // Creates the folder, and with parents the missing ones above it. The mode is a decimal number with the
-    // octal digits, such as 755, less the umask (util::ConvertBase).
+    // octal digits, such as 755, less the umask (util::ConvertBase). A folder that the system refuses is
+    // "Unable to create directory [<path>]."
     // Context: "CPathUtils: Failed to create directory (path = [<path>], parents = [<parents>], mode =
     // [<mode>])."
     //
     // What exists at the path is taken for the folder, a file too.
     // Kept: PathUtils.CreateDirTakesWhatStandsThere
     //
-    // With parents and a separator at the end, the folder itself counts as a parent: it is created, and then
-    // once more, which fails.
+    // With parents, a doubled separator, a "." component or a separator at the end makes the same folder
+    // twice, and the second time fails.
     // Kept: PathUtils.CreateDirWithParentsFailsBehindASeparatorAtTheEnd
     static void CreateDir(const std::string& path, bool parents, std::uint16_t mode);
 
@@ -66,7 +71,9 @@ public:
     static void CreateDirPlain(const std::string& path);
 
     // Copies the content of a file to a path where nothing stands yet; missing folders above it are created.
-    // Owner, mode and times are not copied, and failures to read or write the content are not noticed.
+    // Owner, mode and times are not copied, and failures to read or write the content are not noticed. The
+    // refusals are Rename's, and "Unable to open source file: [<path>]." and "Unable to open target file:
+    // [<path>]."
     // Context: "CPathUtils: Failed to copy file from [<source>] to [<target>]."
     static void Copy(const std::string& source, const std::string& target);
 

@@ -1,15 +1,19 @@
 #include "tests/fs/child.h"
 
+#include <cerrno>
+#include <csignal>
 #include <cstdio>
 #include <cstring>
 #include <exception>
 #include <fcntl.h>
-#include <sched.h>
-#include <sys/mount.h>
+#include <sys/prctl.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
 #include <gtest/gtest.h>
+
+#include "tests/support/private_disk.h"
+#include "tests/support/temp_folder.h"
 
 void InChild(const std::function<void()>& body)
 {
@@ -17,6 +21,7 @@ void InChild(const std::function<void()>& body)
     const pid_t child = ::fork();
     if (child == 0)
     {
+        ::prctl(PR_SET_PDEATHSIG, SIGKILL);
         try
         {
             body();
@@ -33,21 +38,17 @@ void InChild(const std::function<void()>& body)
     EXPECT_EQ(0, status);
 }
 
-void InPrivateMounts(const std::function<void()>& body)
+void InPrivateRoot(const std::function<void()>& body)
 {
+    const temp_folder_t folder;
     InChild(
         [&]
         {
-            ASSERT_EQ(0, ::unshare(CLONE_NEWNS)) << std::strerror(errno);
-            ASSERT_EQ(0, ::mount("none", "/", nullptr, MS_REC | MS_PRIVATE, nullptr)) << std::strerror(errno);
+            const private_disk_t disk(folder.path(), 1048576);
+            ASSERT_EQ(0, ::chroot(folder.path().c_str())) << std::strerror(errno);
+            ASSERT_EQ(0, ::chdir("/")) << std::strerror(errno);
             body();
         });
-}
-
-void MountEmpty(const std::string& folder, const std::string& bytes)
-{
-    EXPECT_EQ(0, ::mount("none", folder.c_str(), "tmpfs", 0, ("size=" + bytes).c_str()))
-        << std::strerror(errno);
 }
 
 void Redirect(int descriptor, const std::string& path)

@@ -5,14 +5,12 @@
 #include <functional>
 #include <string>
 
-// Runs the body in a child process. What fails there fails the test here.
+// Runs the body in a child process, which ends when this one does. What fails there fails the test here.
 void InChild(const std::function<void()>& body);
 
-// The same, with mounts that nobody else sees. Needs root.
-void InPrivateMounts(const std::function<void()>& body);
-
-// For use in a body: an empty file system over the folder, of that many bytes.
-void MountEmpty(const std::string& folder, const std::string& bytes = "1048576");
+// The same in a root folder of its own, empty and writable, which is the working folder too. Needs what a
+// private_disk_t needs.
+void InPrivateRoot(const std::function<void()>& body);
 
 // For use in a body: what is written to the descriptor from now on stands in the file.
 void Redirect(int descriptor, const std::string& path);

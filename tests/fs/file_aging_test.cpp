@@ -154,3 +154,27 @@ TEST_F(AgeFile, FailureInTheMiddleLeavesWhatWasMoved)
     std::filesystem::remove(m_folder / "a.1.log");
     EXPECT_EQ((files_t{"a.3.log<a.2.log", "a.log<a.log"}), Files());
 }
+
+TEST_F(AgeFile, AnyNameIsANameLikeOthers)
+{
+    const std::string odd = "%1 %2\n\xff";
+    Make(odd);
+    Make(odd + ".1");
+    Age(2, odd);
+    EXPECT_EQ((files_t{odd + ".1<" + odd, odd + ".2<" + odd + ".1"}), Files());
+}
+
+TEST_F(AgeFile, NameWithoutRoomForAnAgeStandsInTheFailure)
+{
+    for (const std::string& name : {std::string(255, 'x'), "%1 %2\n\xff" + std::string(248, 'x')})
+    {
+        EXPECT_EQ("File name too long\nCannot age file. File path: [" + (m_folder / name) +
+                      "]. Extension: [.log]. Ages limit: [1].",
+                  Thrown<exc::runtime_exc_t>([&] { Age(1, name); }));
+        Make(name);
+        Age(0, name);
+        EXPECT_EQ(files_t{}, Files());
+    }
+}
+
+TEST_F(AgeFile, EmptyPathIsNothingToAge) { EXPECT_NO_THROW(util::AgeFile(2, "", ".log")); }

@@ -9,6 +9,8 @@
 #include <gtest/gtest.h>
 
 #include "nelvo/core/exc/errno_exc.h"
+#include "nelvo/core/exc/runtime_exc.h"
+#include "nelvo/core/util/str.h"
 #include "nelvo/logging/log.h"
 #include "nelvo/posix/posix_file.h"
 #include "tests/fs/thrown.h"
@@ -169,6 +171,13 @@ TEST_F(FileFlags, PathThatCannotBeOpenedIsToldByTheOpening)
     EXPECT_EQ(text, Thrown<posix::errno_exc_t>([&] { util::SetNoCow(path, true); }));
 }
 
+TEST_F(FileFlags, EmptyPathIsToldByTheOpening)
+{
+    const std::string text = "No such file or directory\nPOSIX: Failed to open file [].";
+    EXPECT_EQ(text, Thrown<posix::errno_exc_t>([] { util::SetImmutable("", true); }));
+    EXPECT_EQ(text, Thrown<posix::errno_exc_t>([] { util::SetNoCow("", true); }));
+}
+
 TEST_F(FileFlags, TryingChangesTheFlagsWithoutAWord)
 {
     EXPECT_EQ("", Logged([&] { util::TrySetImmutable(m_file, true); }));
@@ -197,8 +206,38 @@ TEST_F(FileFlags, TryingInVainIsAWarning)
 TEST_F(FileFlags, TryingAPathThatCannotBeOpenedIsAWarningToo)
 {
     const std::string path = m_folder / "none";
-    EXPECT_EQ("       | WARN|Unable to set NOCOW file attribute\n       | >>  |No such file or directory\n"
-              "       | >>  |POSIX: Failed to open file [" +
-                  path + "].\n",
-              Logged([&] { util::TrySetNoCow(path, true); }));
+    const auto warning = [&](const std::string& text)
+    {
+        return "       | WARN|" + text + "\n       | >>  |No such file or directory\n" +
+               "       | >>  |POSIX: Failed to open file [" + path + "].\n";
+    };
+    EXPECT_EQ(warning("Unable to set NOCOW file attribute"), Logged([&] { util::TrySetNoCow(path, true); }));
+    EXPECT_EQ(warning("Unable to remove NOCOW file attribute"),
+              Logged([&] { util::TrySetNoCow(path, false); }));
+    EXPECT_EQ(warning("Unable to set IMMUTABLE file attribute"),
+              Logged([&] { util::TrySetImmutable(path, true); }));
+    EXPECT_EQ(warning("Unable to remove IMMUTABLE file attribute"),
+              Logged([&] { util::TrySetImmutable(path, false); }));
+}
+
+TEST_F(FileFlags, TryingAWidePathWithoutAnUtf8FormStillThrows)
+{
+    EXPECT_EQ("", Logged([] { EXPECT_THROW(util::TrySetImmutable(L"\xD800", true), exc::runtime_exc_t); }));
+    EXPECT_EQ("", Logged([] { EXPECT_THROW(util::TrySetNoCow(L"\xD800", true), exc::runtime_exc_t); }));
+}
+
+TEST_F(FileFlags, AnyNameStandsInTheFailureByteByByte)
+{
+    for (const std::string& name : {std::string("%1 %2\n\xff"), std::string(255, 'x')})
+    {
+        const std::string path = m_folder / name;
+        WriteFile(path, "");
+        g_inode.get_error = ENOTTY;
+        EXPECT_EQ("Inappropriate ioctl for device\nPOSIX: Failed to get file flags. File: [" + path + "].",
+                  Thrown<posix::errno_exc_t>([&] { util::SetImmutable(path, true); }));
+        g_inode = {};
+        g_inode.set_error = EPERM;
+        EXPECT_EQ("Operation not permitted\nPOSIX: Failed to set file flags. File: [" + path + "].",
+                  Thrown<posix::errno_exc_t>([&] { util::SetNoCow(path, true); }));
+    }
 }

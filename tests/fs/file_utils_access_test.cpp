@@ -2,6 +2,7 @@
 #include <string>
 #include <vector>
 
+#include <boost/make_shared.hpp>
 #include <gtest/gtest.h>
 
 #include "nelvo/context/path_access.h"
@@ -12,7 +13,10 @@
 #include "nelvo/fs/file_utils.h"
 #include "nelvo/fs/free_space.h"
 #include "nelvo/fs/path_utils.h"
+#include "nelvo/logging/log.h"
+#include "tests/fs/child.h"
 #include "tests/fs/thrown.h"
+#include "tests/support/lines_receiver.h"
 #include "tests/support/temp_folder.h"
 
 namespace
@@ -73,6 +77,8 @@ protected:
         return text;
     }
 
+    using asked_t = std::vector<std::string>;
+
     temp_folder_t m_folder;
     const std::string m_a = m_folder / "a";
     const std::string m_b = m_folder / "b";
@@ -119,8 +125,12 @@ TEST_F(AccessOrder, StepsOfAnOperationAskAgain)
     EXPECT_EQ("a a ", Asked([&] { util::RemoveSymlink(m_a); }));
     WriteFile(m_a, "");
     EXPECT_EQ("a.1 a a.1 a ", Asked([&] { util::AgeFile(1, m_a, ".log"); }));
-    ::setenv("HOME", m_folder.path().c_str(), 1);
-    EXPECT_EQ("tmp/ tmp/ ", Asked([&] { util::GetHomeTempDir(); }));
+    InChild(
+        [&]
+        {
+            ::setenv("HOME", m_folder.path().c_str(), 1);
+            EXPECT_EQ("tmp/ tmp/ ", Asked([&] { util::GetHomeTempDir(); }));
+        });
 }
 
 TEST_F(AccessOrder, TextAloneIsNotAskedAbout)
@@ -150,6 +160,58 @@ TEST_F(AccessOrder, LinksAndDeletionOfPathUtilsAskNothing)
     EXPECT_EQ("", Asked([&] { CPathUtils::Rename(m_a, m_a); }));
 }
 
+TEST_F(AccessOrder, EmptyPathIsRefusedByPathUtilsBeforeAnybodyIsAsked)
+{
+    Asked([] { CPathUtils::Exists(""); });
+    EXPECT_EQ(asked_t(), g_asked);
+    Asked([] { CPathUtils::CreateDir("", true, 755); });
+    EXPECT_EQ(asked_t(), g_asked);
+}
+
+TEST_F(AccessOrder, VmfsPathIsAskedAboutBeforeItsVolume)
+{
+    const std::string path = "/vmfs/volumes/x/y";
+    const std::string volume = "/vmfs/volumes/x";
+    g_asked.clear();
+    EXPECT_EQ("refused", Refused(volume, [&] { util::CheckFreeSpace(path, 1); }));
+    EXPECT_EQ((asked_t{path, volume}), g_asked);
+    g_asked.clear();
+    EXPECT_EQ("refused", Refused(path, [&] { util::CheckFreeSpace(path, 1); }));
+    EXPECT_EQ(asked_t{path}, g_asked);
+}
+
+TEST_F(AccessOrder, RefusalOfAVolumeHasNoContext)
+{
+    g_asked.clear();
+    EXPECT_EQ("refused", Refused("/vmfs/volumes/x", [] { util::CheckVmfsFreeSpace("/vmfs/volumes/x", 1); }));
+    EXPECT_EQ(asked_t{"/vmfs/volumes/x"}, g_asked);
+}
+
+TEST_F(AccessOrder, PathIsAskedAboutAsFarAsTheSystemSeesIt)
+{
+    const std::string a = m_a + std::string("\0x", 2);
+    const std::string b = m_b + std::string("\0x", 2);
+    EXPECT_EQ("a ", Asked([&] { util::ExistsByStat(a); }));
+    EXPECT_EQ("a ", Asked([&] { util::ExistsByStat(std::wstring(a.begin(), a.end())); }));
+    EXPECT_EQ("a ", Asked([&] { util::ExistsByLstat(a); }));
+    EXPECT_EQ("a ", Asked([&] { util::FileExists(a); }));
+    EXPECT_EQ("a ", Asked([&] { util::fs_short_stat(a); }));
+    EXPECT_EQ("a ", Asked([&] { util::GetDeviceId(a); }));
+    EXPECT_EQ("a ", Asked([&] { util::CheckFreeSpace(a, 0); }));
+    EXPECT_EQ("a ", Asked([&] { util::GetFreeSpace(a); }));
+    EXPECT_EQ("a ", Asked([&] { CPathUtils::Exists(a); }));
+    EXPECT_EQ("a b ", Asked([&] { util::CreateSymlink(a, b); }));
+    EXPECT_EQ("b a ", Asked([&] { util::RenameFile(a, b); }));
+    EXPECT_EQ("b a ", Asked([&] { util::CopyFile(b, a, false); }));
+    EXPECT_EQ("a a ", Asked([&] { util::RemoveSymlink(a); }));
+    EXPECT_EQ("a ", Asked([&] { util::RemoveFile(a); }));
+    EXPECT_EQ("a ", Asked([&] { util::CreateEmptyFile(a); }));
+    EXPECT_EQ("b ", Asked([&] { util::CreateDirectory(b); }));
+    EXPECT_EQ("b b ", Asked([&] { util::CreateParentFolders(b + "/y"); }));
+    EXPECT_EQ("refused", Refused("/vmfs/volumes/x",
+                                 [] { util::CheckVmfsFreeSpace(std::string("/vmfs/volumes/x\0y", 17), 1); }));
+}
+
 TEST_F(AccessOrder, RefusalPassesOnAndNothingIsDone)
 {
     WriteFile(m_a, "text");
@@ -160,6 +222,11 @@ TEST_F(AccessOrder, RefusalPassesOnAndNothingIsDone)
     EXPECT_EQ("refused", Refused(m_b, [&] { util::CreateDirectory(m_b); }));
     EXPECT_EQ("refused", Refused(m_a, [&] { util::RemoveSymlink(m_a); }));
     EXPECT_EQ("refused", Refused(m_a, [&] { util::CheckFreeSpace(m_a, 0); }));
+    EXPECT_EQ("refused", Refused(m_b, [&] { util::CreateEmptyFile(m_b); }));
+    EXPECT_EQ("refused", Refused(m_b, [&] { util::CreateEmptyFile(m_wide_b); }));
+    EXPECT_EQ("refused", Refused(m_b, [&] { util::OpenForAppendOrCreate(m_wide_b); }));
+    EXPECT_EQ("refused", Refused(m_a, [&] { util::SetImmutable(m_a, true); }));
+    EXPECT_EQ("refused", Refused(m_a, [&] { util::SetNoCow(m_a, true); }));
     EXPECT_EQ("text", ReadFile(m_a));
     EXPECT_FALSE(util::ExistsByLstat(m_b));
 }
@@ -171,4 +238,21 @@ TEST_F(AccessOrder, RefusalGetsTheContextOfTheOperation)
               Refused(m_a, [&] { CPathUtils::Exists(m_a); }));
     EXPECT_EQ("refused\nCannot age file. File path: [" + m_a + "]. Extension: [.log]. Ages limit: [0].",
               Refused(m_a, [&] { util::AgeFile(0, m_a, ".log"); }));
+}
+
+TEST_F(AccessOrder, RefusalOfAFileWhoseFlagsAreTriedIsAWarning)
+{
+    WriteFile(m_a, "text");
+    const auto log = boost::make_shared<lines_receiver_t>();
+    logging::GetProcessLog()->set_receiver(log);
+    g_refused = m_a;
+    EXPECT_NO_THROW(util::TrySetImmutable(m_a, true));
+    EXPECT_NO_THROW(util::TrySetNoCow(m_a, false));
+    g_refused.clear();
+    logging::GetProcessLog()->set_receiver({});
+    EXPECT_EQ("       | WARN|Unable to set IMMUTABLE file attribute\n"
+              "       | >>  |refused\n"
+              "       | WARN|Unable to remove NOCOW file attribute\n"
+              "       | >>  |refused\n",
+              WithoutHeads(log->text()));
 }

@@ -1,13 +1,21 @@
 #include "nelvo/fs/file_utils.h"
 
+#include <cerrno>
 #include <cstring>
 #include <dlfcn.h>
+#include <new>
 #include <sys/stat.h>
 
 #include <gtest/gtest.h>
 
+#include "nelvo/core/exc/errno_exc.h"
+#include "tests/fs/thrown.h"
+#include "tests/support/failing_memory.h"
+
 namespace
 {
+
+[[maybe_unused]] const bool g_errno_changes = ChangeErrnoWithMemory();
 
 // The device of a path that a test made up; 0 if it did not.
 dev_t ScriptedDevice(const char* path)
@@ -42,4 +50,25 @@ TEST(FileUtilsCalls, DevicesThatDifferAboveThemAreTheSame)
 {
     EXPECT_TRUE(util::IsSameDevice("scripted:a", "scripted:b"));
     EXPECT_FALSE(util::IsSameDevice("scripted:a", "scripted:c"));
+}
+
+// What the tests of failures in this program rest on.
+TEST(FileUtilsCalls, TakingMemoryChangesErrno)
+{
+    errno = 0;
+    void* const memory = ::operator new(1);
+    const int error = errno;
+    ::operator delete(memory);
+    EXPECT_EQ(ENOTUNIQ, error);
+}
+
+TEST(FileUtilsCalls, ErrnoOfTheCallIsTold)
+{
+    const std::string path = "/proc/a name beyond the room that a string keeps in itself";
+    EXPECT_EQ("No such file or directory\nProblem with getting statistics on file: '" + path + "'",
+              Thrown<posix::errno_exc_t>([&] { util::GetDeviceId(path); }));
+    EXPECT_EQ("No such file or directory\nFailed to get file system object info: '" + path + "'",
+              Thrown<posix::errno_exc_t>([&] { util::fs_short_stat(path); }));
+    EXPECT_EQ("No such file or directory\nFailed to create directory '" + path + "'",
+              Thrown<posix::errno_exc_t>([&] { util::CreateDirectory(path); }));
 }

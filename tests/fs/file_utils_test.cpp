@@ -1,7 +1,10 @@
 #include "nelvo/fs/file_utils.h"
 
+#include <cerrno>
 #include <cstdlib>
+#include <fcntl.h>
 #include <filesystem>
+#include <new>
 #include <stdexcept>
 #include <sys/stat.h>
 #include <sys/sysmacros.h>
@@ -13,11 +16,15 @@
 #include "nelvo/core/exc/errno_exc.h"
 #include "nelvo/core/exc/runtime_exc.h"
 #include "nelvo/posix/posix_file.h"
+#include "tests/fs/child.h"
 #include "tests/fs/thrown.h"
+#include "tests/support/failing_memory.h"
 #include "tests/support/temp_folder.h"
 
 namespace
 {
+
+[[maybe_unused]] const bool g_errno_changes = ChangeErrnoWithMemory();
 
 void Link(const std::string& path, const std::string& target)
 {
@@ -80,14 +87,26 @@ const char* const kOddNames[] = {" a b ", "a\nb", "\xff\xc3(", "%1", "'", "\\"};
 
 } // namespace
 
+// What the tests of failures in this program rest on.
+TEST(FileUtilsErrno, TakingMemoryChangesErrno)
+{
+    errno = 0;
+    void* const memory = ::operator new(1);
+    const int error = errno;
+    ::operator delete(memory);
+    EXPECT_EQ(ENOTUNIQ, error);
+}
+
 // ---- ExistsByStat ----
 
-TEST(ExistsByStat, FindsFilesAndFolders)
+TEST(ExistsByStat, FindsFilesFoldersAndFifos)
 {
     const temp_folder_t folder;
     WriteFile(folder / "file", "");
+    ASSERT_EQ(0, ::mkfifo((folder / "fifo").c_str(), 0600));
 
     EXPECT_TRUE(util::ExistsByStat(folder / "file"));
+    EXPECT_TRUE(util::ExistsByStat(folder / "fifo"));
     EXPECT_TRUE(util::ExistsByStat(folder.path()));
     EXPECT_TRUE(util::ExistsByStat(folder.path() + "/"));
 }
@@ -145,11 +164,14 @@ TEST(ExistsByStat, PathInAFailureIsNotScannedForReferences)
 TEST(CreateDirectory, ModeIsTheUmasksPartOf755)
 {
     const temp_folder_t folder;
-    const mode_t before = ::umask(0);
-    util::CreateDirectory(folder / "open");
-    ::umask(027);
-    util::CreateDirectory(folder / "closed");
-    ::umask(before);
+    InChild(
+        [&]
+        {
+            ::umask(0);
+            util::CreateDirectory(folder / "open");
+            ::umask(027);
+            util::CreateDirectory(folder / "closed");
+        });
 
     EXPECT_EQ(static_cast<mode_t>(S_IFDIR | 0755), Mode(folder / "open"));
     EXPECT_EQ(static_cast<mode_t>(S_IFDIR | 0750), Mode(folder / "closed"));
@@ -167,6 +189,15 @@ TEST(CreateDirectory, MissingParentIsAFailure)
 {
     const temp_folder_t folder;
     const std::string path = folder / "a/b";
+
+    EXPECT_EQ("No such file or directory\nFailed to create directory '" + path + "'",
+              FailureOf([&] { util::CreateDirectory(path); }));
+}
+
+TEST(CreateDirectory, PathInAFailureIsNotScannedForReferences)
+{
+    const temp_folder_t folder;
+    const std::string path = folder / "%01/% 1 %2\n\xff";
 
     EXPECT_EQ("No such file or directory\nFailed to create directory '" + path + "'",
               FailureOf([&] { util::CreateDirectory(path); }));
@@ -212,10 +243,13 @@ TEST(CreateParentFolders, DoubledSeparatorsDoNoHarm)
 TEST(CreateParentFolders, RelativePathStartsAtTheWorkingFolder)
 {
     const temp_folder_t folder;
-    ASSERT_EQ(0, ::chdir(folder.path().c_str()));
-    util::CreateParentFolders("a/b/file");
-    util::CreateParentFolders("file");
-    ASSERT_EQ(0, ::chdir("/"));
+    InChild(
+        [&]
+        {
+            ASSERT_EQ(0, ::chdir(folder.path().c_str()));
+            util::CreateParentFolders("a/b/file");
+            util::CreateParentFolders("file");
+        });
 
     EXPECT_TRUE(util::ExistsByStat(folder / "a/b"));
     EXPECT_FALSE(util::ExistsByStat(folder / "file"));
@@ -373,6 +407,13 @@ TEST_F(FileUtils, DeviceIsThatOfTheFileBehindALink)
     EXPECT_FALSE(util::IsSameDevice(Path("file"), Path("proc")));
 }
 
+TEST_F(FileUtils, PathWithoutADeviceIsNotScannedForReferences)
+{
+    const std::string path = Path("%01");
+    EXPECT_EQ("No such file or directory\nProblem with getting statistics on file: '" + path + "'",
+              Thrown<posix::errno_exc_t>([&] { util::GetDeviceId(path); }));
+}
+
 TEST_F(FileUtils, DeviceOfNothingIsAFailure)
 {
     EXPECT_EQ("No such file or directory\nProblem with getting statistics on file: '" + Path("none") + "'",
@@ -424,12 +465,18 @@ TEST_F(FileUtils, RenameOfNothingIsToldByBoost)
 
 TEST_F(FileUtils, CopyTakesContentAndMode)
 {
-    ASSERT_EQ(0, ::chmod(Path("file").c_str(), 04750));
+    ASSERT_EQ(0, ::chmod(Path("file").c_str(), 0750));
     util::CopyFile(Path("file"), Path("copy"), false);
     EXPECT_EQ("text", ReadFile(Path("copy")));
-    struct stat info = {};
-    ASSERT_EQ(0, ::stat(Path("copy").c_str(), &info));
-    EXPECT_EQ(04750u, info.st_mode & 07777);
+    EXPECT_EQ(0750u, Mode(Path("copy")) & 07777);
+}
+
+// The system takes the bit from a file that another user than root writes to.
+TEST_F(FileUtils, CopyKeepsTheSetUserIdBitForRoot)
+{
+    ASSERT_EQ(0, ::chmod(Path("file").c_str(), 04750));
+    util::CopyFile(Path("file"), Path("copy"), false);
+    EXPECT_EQ(::geteuid() == 0 ? 04750u : 0750u, Mode(Path("copy")) & 07777);
 }
 
 TEST_F(FileUtils, CopyOverAFileNeedsOverwrite)
@@ -450,6 +497,16 @@ TEST_F(FileUtils, CopyRemovesTheTargetFirst)
     util::CopyFile(Path("other"), Path("link"), true);
     EXPECT_EQ("other text", ReadFile(Path("link")));
     EXPECT_EQ("text", ReadFile(Path("file")));
+}
+
+TEST_F(FileUtils, CopyOntoADanglingLinkFindsNothingToRemoveAndFails)
+{
+    for (const bool overwrite : {false, true})
+        EXPECT_EQ("boost::filesystem::copy_file: File exists: \"" + Path("file") + "\", \"" +
+                      Path("dangling") + "\"",
+                  Thrown<boost::filesystem::filesystem_error>(
+                      [&] { util::CopyFile(Path("file"), Path("dangling"), overwrite); }));
+    EXPECT_TRUE(Stands(Path("dangling")) && !Stands(Path("none")));
 }
 
 TEST_F(FileUtils, CopyOntoItselfLosesTheFile)
@@ -484,6 +541,9 @@ TEST_F(FileUtils, CopyTakesWidePaths)
     EXPECT_EQ(
         "Destination file already exists",
         Thrown<exc::runtime_exc_t>([&] { util::CopyFile(folder + L"/file", folder + L"/\u00E4", false); }));
+    WriteFile(Path("file"), "new text");
+    util::CopyFile(folder + L"/file", folder + L"/\u00E4", true);
+    EXPECT_EQ("new text", ReadFile(Path("\xC3\xA4")));
 }
 
 // ---- Links ----
@@ -520,6 +580,8 @@ TEST_F(FileUtils, RemoveSymlinkOfNothingNamesThePath)
 {
     EXPECT_EQ("Failed to remove symlink: Symlink does not found by path '" + Path("none") + "'",
               Thrown<exc::runtime_exc_t>([&] { util::RemoveSymlink(Path("none")); }));
+    EXPECT_EQ("Failed to remove symlink: Symlink does not found by path '" + Path("%01 %1") + "'",
+              Thrown<exc::runtime_exc_t>([&] { util::RemoveSymlink(Path("%01 %1")); }));
 }
 
 TEST_F(FileUtils, RemoveSymlinkThatFailsIsToldWithItsErrno)
@@ -553,6 +615,64 @@ TEST_F(FileUtils, CreateEmptyFileThatFailsNamesThePath)
               Thrown<posix::errno_exc_t>([&] { util::CreateEmptyFile(Path("none/x")); }));
 }
 
+TEST_F(FileUtils, CreateEmptyFileLeavesNothingOpen)
+{
+    const int next = ::open("/dev/null", O_RDONLY);
+    ASSERT_EQ(0, ::close(next));
+    util::CreateEmptyFile(Path("new"));
+    const std::wstring folder(m_folder.path().begin(), m_folder.path().end());
+    util::CreateEmptyFile(folder + L"/other");
+    EXPECT_EQ(next, ::open("/dev/null", O_RDONLY));
+    EXPECT_EQ(0, ::close(next));
+}
+
+TEST_F(FileUtils, FolderIsNoFileToCreateOrToOpen)
+{
+    const std::wstring folder(m_folder.path().begin(), m_folder.path().end());
+    const std::string failure =
+        "Is a directory\nPOSIX: Failed to create or open file [" + Path("folder") + "].";
+    EXPECT_EQ(failure, Thrown<posix::errno_exc_t>([&] { util::CreateEmptyFile(Path("folder")); }));
+    EXPECT_EQ(failure, Thrown<posix::errno_exc_t>([&] { util::OpenForAppendOrCreate(folder + L"/folder"); }));
+}
+
+TEST_F(FileUtils, WidePathWithoutAnUtf8FormIsNoSystemFailure)
+{
+    EXPECT_THROW(util::CreateEmptyFile(L"\xD800"), exc::runtime_exc_t);
+    EXPECT_THROW(util::OpenForAppendOrCreate(L"\xD800"), exc::runtime_exc_t);
+    EXPECT_THROW(util::CopyFile(L"\xD800", L"x", true), exc::runtime_exc_t);
+}
+
+TEST_F(FileUtils, EmptyPathIsAPathToNothing)
+{
+    const std::string none = "No such file or directory\n";
+    const auto failure = [](const auto& call) { return Thrown<posix::errno_exc_t>(call); };
+    EXPECT_EQ(NoInfo("No such file or directory", ""), failure([] { util::fs_short_stat(""); }));
+    EXPECT_EQ(none + "Problem with getting statistics on file: ''", failure([] { util::GetDeviceId(""); }));
+    EXPECT_EQ(none + "Failed to create directory ''", failure([] { util::CreateDirectory(""); }));
+    EXPECT_EQ(none + "Failed to create symbolic link.", failure([&] { util::CreateSymlink("", "file"); }));
+    EXPECT_EQ(none + "Failed to create symbolic link.",
+              failure([&] { util::CreateSymlink(Path("new"), ""); }));
+    EXPECT_EQ(none + "POSIX: Failed to create or open file [].", failure([] { util::CreateEmptyFile(""); }));
+    EXPECT_EQ(none + "POSIX: Failed to create or open file [].",
+              failure([] { util::OpenForAppendOrCreate(L""); }));
+    EXPECT_EQ("Failed to remove symlink: Symlink does not found by path ''",
+              Thrown<exc::runtime_exc_t>([] { util::RemoveSymlink(""); }));
+    EXPECT_NO_THROW(util::CreateParentFolders(""));
+}
+
+TEST_F(FileUtils, EmptyPathToRenameOrCopyIsToldByBoost)
+{
+    const auto failure = [](const auto& call) { return Thrown<boost::filesystem::filesystem_error>(call); };
+    EXPECT_EQ("boost::filesystem::rename: No such file or directory, \"" + Path("new") + "\"",
+              failure([&] { util::RenameFile("", Path("new")); }));
+    EXPECT_EQ("boost::filesystem::rename: No such file or directory: \"" + Path("file") + "\"",
+              failure([&] { util::RenameFile(Path("file"), ""); }));
+    EXPECT_EQ("boost::filesystem::copy_file: No such file or directory, \"" + Path("new") + "\"",
+              failure([&] { util::CopyFile("", Path("new"), true); }));
+    EXPECT_EQ("boost::filesystem::copy_file: No such file or directory: \"" + Path("file") + "\"",
+              failure([&] { util::CopyFile(Path("file"), "", true); }));
+}
+
 TEST_F(FileUtils, OpenForAppendOrCreateStandsAtTheStart)
 {
     const std::wstring folder(m_folder.path().begin(), m_folder.path().end());
@@ -567,41 +687,62 @@ TEST_F(FileUtils, OpenForAppendOrCreateStandsAtTheStart)
 TEST_F(FileUtils, HomeTempDirIsJoinedToHomeAsTextAndMade)
 {
     const std::wstring folder(m_folder.path().begin(), m_folder.path().end());
-    ::setenv("HOME", m_folder.path().c_str(), 1);
-    EXPECT_EQ(folder + L"/tmp/", util::GetHomeTempDir());
-    struct stat info = {};
-    ASSERT_EQ(0, ::stat(Path("tmp").c_str(), &info));
-    EXPECT_TRUE(S_ISDIR(info.st_mode));
+    InChild(
+        [&]
+        {
+            ::setenv("HOME", m_folder.path().c_str(), 1);
+            EXPECT_EQ(folder + L"/tmp/", util::GetHomeTempDir());
+            EXPECT_TRUE(S_ISDIR(Mode(Path("tmp"))));
 
-    ::setenv("HOME", (m_folder.path() + "/").c_str(), 1);
-    EXPECT_EQ(folder + L"//tmp/", util::GetHomeTempDir());
+            ::setenv("HOME", (m_folder.path() + "/").c_str(), 1);
+            EXPECT_EQ(folder + L"//tmp/", util::GetHomeTempDir());
+        });
 }
 
 TEST_F(FileUtils, HomeTempDirWithoutAHomeIsTmp)
 {
-    ::unsetenv("HOME");
-    EXPECT_EQ(L"/tmp/", util::GetHomeTempDir());
-    ::setenv("HOME", "", 1);
-    EXPECT_EQ(L"/tmp/", util::GetHomeTempDir());
+    InPrivateRoot(
+        []
+        {
+            ::unsetenv("HOME");
+            EXPECT_EQ(L"/tmp/", util::GetHomeTempDir());
+            EXPECT_TRUE(S_ISDIR(Mode("/tmp")));
+            ASSERT_EQ(0, ::rmdir("/tmp"));
+
+            ::setenv("HOME", "", 1);
+            EXPECT_EQ(L"/tmp/", util::GetHomeTempDir());
+            EXPECT_TRUE(S_ISDIR(Mode("/tmp")));
+            EXPECT_EQ(L"/tmp/", util::GetHomeTempDir());
+        });
 }
 
-TEST_F(FileUtils, HomeTempDirBelowAMissingHomeIsAFailure)
+TEST_F(FileUtils, HomeTempDirBelowAMissingHomeOrAFileIsAFailure)
 {
-    ::setenv("HOME", Path("none").c_str(), 1);
-    EXPECT_EQ("No such file or directory\nFailed to create directory '" + Path("none/tmp/") + "'",
-              Thrown<posix::errno_exc_t>(util::GetHomeTempDir));
+    InChild(
+        [&]
+        {
+            ::setenv("HOME", Path("none").c_str(), 1);
+            EXPECT_EQ("No such file or directory\nFailed to create directory '" + Path("none/tmp/") + "'",
+                      Thrown<posix::errno_exc_t>(util::GetHomeTempDir));
+            ::setenv("HOME", Path("file").c_str(), 1);
+            EXPECT_EQ("Not a directory\nFailed to create directory '" + Path("file/tmp/") + "'",
+                      Thrown<posix::errno_exc_t>(util::GetHomeTempDir));
+        });
 }
 
 TEST_F(FileUtils, HomeTempDirIsUtf8)
 {
-    ::setenv("HOME", Path("\xC3\xA4").c_str(), 1);
     util::CreateDirectory(Path("\xC3\xA4"));
-    const std::wstring folder(m_folder.path().begin(), m_folder.path().end());
-    EXPECT_EQ(folder + L"/\u00E4/tmp/", util::GetHomeTempDir());
-
-    ::setenv("HOME", Path("\xFF").c_str(), 1);
     util::CreateDirectory(Path("\xFF"));
-    EXPECT_THROW(util::GetHomeTempDir(), exc::runtime_exc_t);
+    const std::wstring folder(m_folder.path().begin(), m_folder.path().end());
+    InChild(
+        [&]
+        {
+            ::setenv("HOME", Path("\xC3\xA4").c_str(), 1);
+            EXPECT_EQ(folder + L"/\u00E4/tmp/", util::GetHomeTempDir());
+            ::setenv("HOME", Path("\xFF").c_str(), 1);
+            EXPECT_THROW(util::GetHomeTempDir(), exc::runtime_exc_t);
+        });
 }
 
 // ---- Names ----

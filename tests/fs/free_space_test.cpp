@@ -6,6 +6,7 @@
 #include <filesystem>
 #include <fstream>
 #include <limits>
+#include <sys/stat.h>
 #include <unistd.h>
 
 #include <boost/filesystem/operations.hpp>
@@ -15,6 +16,7 @@
 #include "nelvo/core/exc/runtime_exc.h"
 #include "tests/fs/child.h"
 #include "tests/fs/thrown.h"
+#include "tests/support/private_disk.h"
 #include "tests/support/temp_folder.h"
 
 namespace
@@ -62,10 +64,10 @@ TEST(IsVmfsPath, OtherPathsAreNone)
 TEST(CheckFreeSpace, EnoughIsNoFailure)
 {
     const temp_folder_t folder;
-    InPrivateMounts(
+    InChild(
         [&]
         {
-            MountEmpty(folder.path(), "1048576");
+            const private_disk_t disk(folder.path(), 1048576);
             util::CheckFreeSpace(folder.path(), 0);
             util::CheckFreeSpace(folder.path(), 1048576);
         });
@@ -74,10 +76,10 @@ TEST(CheckFreeSpace, EnoughIsNoFailure)
 TEST(CheckFreeSpace, TooLittleIsToldWithGroupedNumbers)
 {
     const temp_folder_t folder;
-    InPrivateMounts(
+    InChild(
         [&]
         {
-            MountEmpty(folder.path(), "1048576");
+            const private_disk_t disk(folder.path(), 1048576);
             EXPECT_EQ("Insufficient disk space. Folder: [" + folder.path() +
                           "]. Requested space: [1,048,577]. Available free space: [1,048,576].",
                       Thrown<exc::runtime_exc_t>([&] { util::CheckFreeSpace(folder.path(), 1048577); }));
@@ -87,10 +89,10 @@ TEST(CheckFreeSpace, TooLittleIsToldWithGroupedNumbers)
 TEST(CheckFreeSpace, LargestRequestIsTold)
 {
     const temp_folder_t folder;
-    InPrivateMounts(
+    InChild(
         [&]
         {
-            MountEmpty(folder.path(), "4096");
+            const private_disk_t disk(folder.path(), 4096);
             EXPECT_EQ(
                 "Insufficient disk space. Folder: [" + folder.path() +
                     "]. Requested space: [18,446,744,073,709,551,615]. Available free space: [4,096].",
@@ -109,13 +111,42 @@ TEST(CheckFreeSpace, MissingPathIsToldByBoostWithoutContext)
               Thrown<boost::filesystem::filesystem_error>([&] { util::GetFreeSpace(path); }));
 }
 
+TEST(CheckFreeSpace, AnyNameStandsInItsFailureByteByByte)
+{
+    const temp_folder_t folder;
+    for (const std::string& name : {std::string("%1 %2\n\xff"), std::string(255, 'x')})
+    {
+        const std::string path = folder / name;
+        EXPECT_THROW(util::CheckFreeSpace(path, 1), boost::filesystem::filesystem_error);
+        ASSERT_EQ(0, ::mkdir(path.c_str(), 0700));
+        InChild(
+            [&]
+            {
+                const private_disk_t disk(path, 4096);
+                util::CheckFreeSpace(path, 4096);
+                EXPECT_EQ(4096u, util::GetFreeSpace(path));
+                EXPECT_EQ("Insufficient disk space. Folder: [" + path +
+                              "]. Requested space: [4,097]. Available free space: [4,096].",
+                          Thrown<exc::runtime_exc_t>([&] { util::CheckFreeSpace(path, 4097); }));
+            });
+    }
+}
+
+TEST(CheckFreeSpace, EmptyPathIsToldByBoost)
+{
+    EXPECT_EQ("boost::filesystem::space: No such file or directory",
+              Thrown<boost::filesystem::filesystem_error>([] { util::CheckFreeSpace("", 0); }));
+    EXPECT_EQ("boost::filesystem::space: No such file or directory",
+              Thrown<boost::filesystem::filesystem_error>([] { util::GetFreeSpace(""); }));
+}
+
 TEST(GetFreeSpace, CountsBytes)
 {
     const temp_folder_t folder;
-    InPrivateMounts(
+    InChild(
         [&]
         {
-            MountEmpty(folder.path(), "1048576");
+            const private_disk_t disk(folder.path(), 1048576);
             EXPECT_EQ(1048576u, util::GetFreeSpace(folder.path()));
             WriteFile(folder / "a", "x");
             EXPECT_EQ(1044480u, util::GetFreeSpace(folder / "a"));
@@ -153,10 +184,10 @@ protected:
     // Runs the body where there is no vmkfstools.
     void WithHost(const std::function<void()>& body)
     {
-        InPrivateMounts(
+        InChild(
             [&]
             {
-                MountEmpty("/usr/sbin");
+                const private_disk_t tools("/usr/sbin", 1048576);
                 Redirect(STDOUT_FILENO, m_folder / "output");
                 Redirect(STDERR_FILENO, m_folder / "errors");
                 body();
@@ -246,6 +277,17 @@ TEST_F(VmfsFreeSpace, CheckOfAPathAsksForItsVolume)
                                            { util::CheckFreeSpace("/VMFS/volumes/ds1/backup/a", 1048576); }));
         });
     EXPECT_EQ("-P|/VMFS/volumes/ds1|", Arguments());
+}
+
+TEST_F(VmfsFreeSpace, OddVolumeStandsInTheFailureByteByByte)
+{
+    WithHost(
+        []
+        {
+            EXPECT_EQ(
+                "Insufficient disk space. VMFS volume [/vmfs/volumes/%1 %2\n\xff]. Requested space: [7].",
+                Thrown<exc::runtime_exc_t>([] { util::CheckFreeSpace("/vmfs/volumes/%1 %2\n\xff/x", 7); }));
+        });
 }
 
 TEST_F(VmfsFreeSpace, CheckTakesAMissingToolForTooLittle)

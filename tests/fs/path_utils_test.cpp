@@ -10,6 +10,7 @@
 #include "nelvo/core/exc/runtime_exc.h"
 #include "tests/fs/child.h"
 #include "tests/fs/thrown.h"
+#include "tests/support/private_disk.h"
 #include "tests/support/temp_folder.h"
 
 namespace
@@ -19,15 +20,17 @@ namespace
 class PathUtils : public testing::Test
 {
 protected:
-    PathUtils()
+    PathUtils() : m_umask(::umask(0))
     {
-        ::umask(0);
         WriteFile(Path("file"), "text");
         EXPECT_EQ(0, ::mkdir(Path("folder").c_str(), 0700));
         EXPECT_EQ(0, ::symlink("file", Path("link").c_str()));
         EXPECT_EQ(0, ::symlink("none", Path("dangling").c_str()));
         EXPECT_EQ(0, ::symlink("circle", Path("circle").c_str()));
+        EXPECT_EQ(0, ::mkfifo(Path("fifo").c_str(), 0600));
     }
+
+    ~PathUtils() override { ::umask(m_umask); }
 
     std::string Path(const std::string& name) const { return m_folder / name; }
 
@@ -56,10 +59,13 @@ protected:
         return info.st_mode & 07777;
     }
 
+    const mode_t m_umask;
     temp_folder_t m_folder;
 };
 
 const std::string kLongName(256, 'x');
+const std::string kOddName = "%1 %2\n\xff";
+const std::string kLongestName(255, 'x');
 
 } // namespace
 
@@ -67,7 +73,7 @@ const std::string kLongName(256, 'x');
 
 TEST_F(PathUtils, ExistsDoesNotFollowLinks)
 {
-    for (const char* name : {"file", "folder", "link", "dangling", "circle"})
+    for (const char* name : {"file", "folder", "link", "dangling", "circle", "fifo"})
         EXPECT_TRUE(CPathUtils::Exists(Path(name))) << name;
     EXPECT_FALSE(CPathUtils::Exists(Path("none")));
     EXPECT_FALSE(CPathUtils::Exists(Path("none/none")));
@@ -295,22 +301,51 @@ TEST_F(PathUtils, DeleteThatFailsIsToldInTheSystemsWords)
 
 TEST(FindCommand, FirstOfThreeFoldersWins)
 {
-    InPrivateMounts(
+    InPrivateRoot(
         []
         {
-            for (const char* folder : {"/usr/local/bin", "/bin", "/usr/bin"})
-                MountEmpty(folder);
+            for (const char* folder : {"/bin", "/usr/bin", "/usr/local/bin", "/usr/sbin", "/sbin"})
+                std::filesystem::create_directories(folder);
+            WriteFile("/c", "");
+            WriteFile("/sbin/c", "");
+            WriteFile("/usr/sbin/c", "");
+            EXPECT_EQ("Failed to find command [c] full path.",
+                      Thrown<exc::runtime_exc_t>([] { CPathUtils::FindCommand("c"); }));
             WriteFile("/usr/local/bin/c", "");
             EXPECT_EQ("/usr/local/bin/c", CPathUtils::FindCommand("c"));
             WriteFile("/bin/c", "");
-            EXPECT_EQ(std::filesystem::equivalent("/bin", "/usr/bin") ? "/usr/bin/c" : "/bin/c",
-                      CPathUtils::FindCommand("c"));
-            std::filesystem::create_directory("/usr/bin/d");
-            EXPECT_EQ("/usr/bin/d", CPathUtils::FindCommand("d"));
+            EXPECT_EQ("/bin/c", CPathUtils::FindCommand("c"));
+            std::filesystem::create_directory("/usr/bin/c");
+            EXPECT_EQ("/usr/bin/c", CPathUtils::FindCommand("c"));
         });
 }
 
-TEST(FindCommand, EmptyNameIsTheFirstFolder) { EXPECT_EQ("/usr/bin/", CPathUtils::FindCommand("")); }
+TEST(FindCommand, EmptyNameIsTheFirstFolderThatExists)
+{
+    InPrivateRoot(
+        []
+        {
+            std::filesystem::create_directory("/bin");
+            EXPECT_EQ("/bin/", CPathUtils::FindCommand(""));
+            std::filesystem::create_directories("/usr/bin");
+            EXPECT_EQ("/usr/bin/", CPathUtils::FindCommand(""));
+        });
+}
+
+TEST(FindCommand, AnyNameIsLookedForByteByByte)
+{
+    InPrivateRoot(
+        []
+        {
+            std::filesystem::create_directories("/usr/bin");
+            EXPECT_EQ("Failed to find command [" + kOddName + "] full path.",
+                      Thrown<exc::runtime_exc_t>([] { CPathUtils::FindCommand(kOddName); }));
+            WriteFile("/usr/bin/" + kOddName, "");
+            EXPECT_EQ("/usr/bin/" + kOddName, CPathUtils::FindCommand(kOddName));
+            WriteFile("/usr/bin/" + kLongestName, "");
+            EXPECT_EQ("/usr/bin/" + kLongestName, CPathUtils::FindCommand(kLongestName));
+        });
+}
 
 TEST(FindCommand, PathAndCurrentFolderDoNotMatter)
 {
@@ -328,8 +363,14 @@ TEST(FindCommand, PathAndCurrentFolderDoNotMatter)
 
 TEST(FindCommand, FailureToLookHasNoContext)
 {
-    EXPECT_EQ("Not a directory\nFailed to get file system object info: '/usr/bin/ls/x'",
-              Thrown<posix::errno_exc_t>([] { CPathUtils::FindCommand("ls/x"); }));
+    InPrivateRoot(
+        []
+        {
+            std::filesystem::create_directories("/usr/bin");
+            WriteFile("/usr/bin/ls", "");
+            EXPECT_EQ("Not a directory\nFailed to get file system object info: '/usr/bin/ls/x'",
+                      Thrown<posix::errno_exc_t>([] { CPathUtils::FindCommand("ls/x"); }));
+        });
 }
 
 // CreateDir
@@ -342,6 +383,7 @@ TEST_F(PathUtils, CreateDirReadsTheModesDigitsAsOctal)
     EXPECT_EQ(01777u, Mode(Path("b")));
     CPathUtils::CreateDir(Path("c"), false, 0);
     EXPECT_EQ(0u, Mode(Path("c")));
+    EXPECT_EQ(0, ::chmod(Path("c").c_str(), 0700));
     CPathUtils::CreateDir(Path("d"), false, 789);
     EXPECT_EQ(01011u, Mode(Path("d")));
 }
@@ -403,19 +445,41 @@ TEST_F(PathUtils, CreateDirWithParentsFailsBehindASeparatorAtTheEnd)
     EXPECT_NO_THROW(CPathUtils::CreateDir(Path("b/"), false, 755));
 }
 
+TEST_F(PathUtils, CreateDirWithParentsMakesWhatADotOrADoubledSeparatorNamesTwice)
+{
+    const auto twice = [&](const std::string& name)
+    {
+        return "File exists\nUnable to create directory [" + Path(name) +
+               "].\nCPathUtils: Failed to create directory (path = [" + Path(name) +
+               "], parents = [true], mode = [755]).";
+    };
+    const auto within = [&](const std::string& name)
+    {
+        return "\nCPathUtils: Failed to create directory (path = [" + Path(name) +
+               "], parents = [true], mode = [755]).";
+    };
+    const auto failure = [&](const std::string& name)
+    { return Thrown<posix::errno_exc_t>([&] { CPathUtils::CreateDir(Path(name), true, 755); }); };
+
+    EXPECT_EQ(twice("a/") + within("a//b"), failure("a//b"));
+    EXPECT_EQ(twice("c/.") + within("c/./d"), failure("c/./d"));
+    EXPECT_TRUE(Stands(Path("a")) && !Stands(Path("a/b")));
+    EXPECT_TRUE(Stands(Path("c")) && !Stands(Path("c/d")));
+    CPathUtils::CreateDir(Path("a//b"), true, 755);
+    CPathUtils::CreateDir(Path("c/./d"), true, 755);
+    EXPECT_TRUE(Stands(Path("a/b")) && Stands(Path("c/d")));
+}
+
 TEST_F(PathUtils, CreateDirInTheRootOrHereNeedsNoParent)
 {
-    InPrivateMounts(
+    InPrivateRoot(
         [&]
         {
-            ASSERT_EQ(0, ::chdir(m_folder.path().c_str()));
             CPathUtils::CreateDir("a", true, 755);
-            EXPECT_TRUE(Stands(Path("a")));
-            ASSERT_EQ(0, ::chroot(m_folder.path().c_str()));
+            EXPECT_TRUE(Stands("/a"));
             CPathUtils::CreateDir("/x", true, 755);
             EXPECT_TRUE(Stands("/x"));
         });
-    EXPECT_TRUE(Stands(Path("x")));
 }
 
 TEST_F(PathUtils, CreateDirShortFormsHaveMode755)
@@ -467,12 +531,36 @@ TEST_F(PathUtils, CopyToABareNameNeedsNoFolder)
 
 TEST_F(PathUtils, CopyIntoTheRootFails)
 {
-    const std::string target = "/nelvo-copy-into-the-root";
-    EXPECT_EQ("Path is not set.\nCPathUtils: Failed to create directory (path = [], parents = [true], mode = "
-              "[755]).\nCPathUtils: Failed to copy file from [" +
-                  Path("file") + "] to [" + target + "].",
-              Refusal(CPathUtils::Copy, Path("file"), target));
-    EXPECT_FALSE(Stands(target));
+    InPrivateRoot(
+        []
+        {
+            WriteFile("/file", "text");
+            EXPECT_EQ(
+                "Path is not set.\nCPathUtils: Failed to create directory (path = [], parents = [true], mode = [755]).\nCPathUtils: Failed to copy file from [/file] to [/copy].",
+                Refusal(CPathUtils::Copy, "/file", "/copy"));
+            EXPECT_FALSE(Stands("/copy"));
+        });
+}
+
+TEST_F(PathUtils, CopyBehindADoubledSeparatorFailsUntilTheFolderStands)
+{
+    EXPECT_EQ("File exists\nUnable to create directory [" + Path("x/") +
+                  "].\nCPathUtils: Failed to create directory (path = [" + Path("x/") +
+                  "], parents = [true], mode = [755]).\nCPathUtils: Failed to copy file from [" +
+                  Path("file") + "] to [" + Path("x//y") + "].",
+              Thrown<posix::errno_exc_t>([&] { CPathUtils::Copy(Path("file"), Path("x//y")); }));
+    EXPECT_TRUE(Stands(Path("x")) && !Stands(Path("x/y")));
+    CPathUtils::Copy(Path("file"), Path("x//y"));
+    EXPECT_EQ("text", ReadFile(Path("x/y")));
+}
+
+TEST_F(PathUtils, CopyWantsBothPaths)
+{
+    EXPECT_EQ("Path is not set." + FailedCheck("") + "\nCPathUtils: Failed to copy file from [] to [x].",
+              Refusal(CPathUtils::Copy, "", "x"));
+    EXPECT_EQ("Path is not set." + FailedCheck("") + "\nCPathUtils: Failed to copy file from [" +
+                  Path("file") + "] to [].",
+              Refusal(CPathUtils::Copy, Path("file"), ""));
 }
 
 TEST_F(PathUtils, CopyWantsASourceAndNoTarget)
@@ -511,11 +599,75 @@ TEST_F(PathUtils, CopyOfAFolderIsAnEmptyFile)
 TEST_F(PathUtils, CopyToAFullDiskIsShortWithoutAWord)
 {
     WriteFile(Path("source"), std::string(1000000, 'x'));
-    InPrivateMounts(
+    InChild(
         [&]
         {
-            MountEmpty(Path("folder"), "65536");
+            const private_disk_t disk(Path("folder"), 65536);
             CPathUtils::Copy(Path("source"), Path("folder/copy"));
             EXPECT_EQ(65536u, std::filesystem::file_size(Path("folder/copy")));
         });
+}
+
+// Names
+
+TEST_F(PathUtils, AnyNameIsANameLikeOthers)
+{
+    for (const std::string& name : {kOddName, kLongestName})
+    {
+        const std::string path = Path(name);
+        CPathUtils::CreateDirPlain(path);
+        EXPECT_TRUE(CPathUtils::Exists(path)) << name;
+        CPathUtils::CreateDir(path + "/" + name, true, 700);
+        CPathUtils::Copy(Path("file"), path + "/copy");
+        EXPECT_EQ("text", ReadFile(path + "/copy")) << name;
+        CPathUtils::CreateHardLink(path + "/copy", path + "/hard");
+        CPathUtils::CreateSymLink(name, path + "/link");
+        EXPECT_EQ(name, CPathUtils::ReadLink(path + "/link"));
+        CPathUtils::Rename(path, Path("new"));
+        EXPECT_TRUE(!Stands(path) && Stands(Path("new/hard"))) << name;
+        CPathUtils::Rename(Path("new"), path);
+        CPathUtils::Delete(path + "/" + name);
+        EXPECT_FALSE(Stands(path + "/" + name));
+        InChild(
+            [&]
+            {
+                ASSERT_EQ(0, ::chdir(path.c_str()));
+                EXPECT_EQ(path, CPathUtils::GetCurrentDir());
+            });
+    }
+}
+
+TEST_F(PathUtils, NamesInFailuresAreNotScannedForReferences)
+{
+    const std::string below_file = Path("file/" + kOddName);
+    const std::string path = Path("none/" + kOddName);
+    const std::string file = Path("file");
+    const std::string context = "\nCPathUtils: Failed to ";
+    const auto failure = [](const auto& call) { return Thrown<posix::errno_exc_t>(call); };
+
+    EXPECT_EQ("Not a directory" + FailedCheck(below_file), failure([&] { CPathUtils::Exists(below_file); }));
+    EXPECT_EQ("No such file or directory" + context + "create hard link [" + path + "] with target [" + file +
+                  "].",
+              failure([&] { CPathUtils::CreateHardLink(file, path); }));
+    EXPECT_EQ("No such file or directory" + context + "create symbolic link [" + path + "] with target [" +
+                  kOddName + "].",
+              failure([&] { CPathUtils::CreateSymLink(kOddName, path); }));
+    EXPECT_EQ("No such file or directory" + context + "rename file from [" + file + "] to [" + path + "].",
+              failure([&] { CPathUtils::Rename(file, path); }));
+    EXPECT_EQ("No such file or directory\nUnable to create directory [" + path + "]." + context +
+                  "create directory (path = [" + path + "], parents = [false], mode = [755]).",
+              failure([&] { CPathUtils::CreateDirPlain(path); }));
+    EXPECT_EQ("No such file or directory\nreadlink(" + path + ") has failed." + context + "read link [" +
+                  path + "].",
+              failure([&] { CPathUtils::ReadLink(path); }));
+    EXPECT_EQ("Source path is not exist." + context + "copy file from [" + path + "] to [" + kOddName + "].",
+              Refusal(CPathUtils::Copy, path, kOddName));
+}
+
+TEST_F(PathUtils, OddNameOfAFullFolderStandsInTheFailureToDeleteIt)
+{
+    const std::string path = Path(kOddName);
+    CPathUtils::CreateDir(path + "/x", true, 755);
+    EXPECT_EQ("Directory not empty\nCPathUtils: Failed to delete file or directory [" + path + "].",
+              Thrown<exc::runtime_exc_t>([&] { CPathUtils::Delete(path); }));
 }
