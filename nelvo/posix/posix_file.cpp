@@ -85,9 +85,10 @@ void AskForRoom(int descriptor, stream_size_t size)
 
 void Preallocate(const std::string& path, int descriptor, stream_size_t size)
 {
-    const std::string bytes = util::GroupedText(size);
+    std::string bytes;
     try
     {
+        bytes = util::GroupedText(size);
         quiet_progress_scope_t scope(logging::channels::default_log,
                                      "Preallocating [%2] bytes for the file [%1].", path, bytes);
         AskForRoom(descriptor, size);
