@@ -238,8 +238,8 @@ class Lint(Commands):
     def setUp(self):
         notes = "#!/bin/sh\n" + NOTES
         sources = {"nelvo/a.h": "", "nelvo/a.cpp": "", "tool/b.cpp": "", "tests/c.cpp": "", "bench/d.cpp": ""}
-        self.command = self.make("lint", {"script/bootstrap": notes, "script/configure": notes, **sources},
-                                 {"clang-format": NOTES, "clang-tidy": NOTES, "nproc": "echo 1\n"})
+        self.command = self.make("lint", {"script/bootstrap": notes, **sources},
+                                 {"clang-format": NOTES, "clang-tidy": NOTES, "cmake": "", "nproc": "echo 1\n"})
 
     def lint(self, *arguments):
         result, calls = self.run_command(self.command, *arguments)
