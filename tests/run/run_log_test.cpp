@@ -75,7 +75,7 @@ private:
     std::string TakeOutOne(const std::string& line)
     {
         const std::size_t end = line.find("> ");
-        if (line.rfind("[", 0) != 0 || line.find("] <") != 20 || end == std::string::npos)
+        if (line.find("] <") != 20 || line[0] != '[' || end == std::string::npos)
             return line;
         CheckTime(line.substr(1, 19));
         CheckThread(line.substr(23, end - 23));
