@@ -6,6 +6,8 @@
 //   throw exc::runtime_exc_t("Permission denied");
 //   throw exc::runtime_exc_t("Failed to open file [%1].", path);
 //   throw exc::runtime_exc_t("Out of range.", exc::error_code_t{34});
+//
+// A message or format that is given as a C string is not null; an argument may be ("<null>").
 
 #include <type_traits>
 
