@@ -1,0 +1,115 @@
+#pragma once
+
+// The byte container of the library: contiguous, growing, new bytes always zero. There are two, told apart
+// by the allocator: the plain one, and the one for key material, whose bytes are overwritten with zeros
+// before their memory goes back to the heap, also when growing moves them.
+//
+//   cnt::plain_array_t bytes(3);   // 00 00 00
+//   bytes[0] = 'x';
+//   bytes.resize(5);               // 78 00 00 00 00
+//
+// New memory comes zeroed from the system: a large array that is used in part takes memory for that part
+// alone. What allocates throws std::bad_alloc, and the array is unchanged then. Pointers into an array hold
+// until it grows.
+
+#include <cstddef>
+#include <cstring>
+#include <memory>
+#include <utility>
+
+#include "nelvo/crypto/sec_allocator.h"
+
+namespace cnt
+{
+
+template <class T, class Allocator>
+class array_t;
+
+// Defined for these two.
+using plain_array_t = array_t<char, std::allocator<char>>;
+using secure_array_t = array_t<char, crypto::sec_allocator_t<char>>;
+
+template <class T, class Allocator>
+class array_t
+{
+public:
+    array_t() = default;
+    explicit array_t(std::size_t size) { resize(size); }
+    array_t(const T* data, std::size_t size) { assign(data, size); }
+    array_t(const array_t& other) : array_t(other.data(), other.size()) {}
+    array_t(array_t&& other) noexcept { swap(other); }
+    array_t& operator=(array_t other) noexcept
+    {
+        swap(other);
+        return *this;
+    }
+    ~array_t() { FreeBlock(m_begin, capacity()); }
+
+    void swap(array_t& other) noexcept
+    {
+        std::swap(m_begin, other.m_begin);
+        std::swap(m_end, other.m_end);
+        std::swap(m_end_of_capacity, other.m_end_of_capacity);
+    }
+
+    // Null for an array that never held anything.
+    T* data() { return m_begin; }
+    const T* data() const { return m_begin; }
+
+    std::size_t size() const { return static_cast<std::size_t>(m_end - m_begin); }
+    std::size_t capacity() const { return static_cast<std::size_t>(m_end_of_capacity - m_begin); }
+    bool empty() const { return m_begin == m_end; }
+
+    T* begin() { return m_begin; }
+    T* end() { return m_end; }
+    const T* begin() const { return m_begin; }
+    const T* end() const { return m_end; }
+
+    // Bounds are checked: exc::runtime_exc_t with "Out of the array bound. Index of the requested array
+    // element: [<index>]. Array size: [<size>]."
+    T& operator[](std::size_t index)
+    {
+        if (index >= size())
+            ThrowOutOfBound(index);
+        return m_begin[index];
+    }
+    const T& operator[](std::size_t index) const { return const_cast<array_t&>(*this)[index]; }
+
+    // Keeps the first bytes; those that are added are zero. An array that must move gets a capacity of its
+    // old size plus the greater of that size and the growth. It never gives capacity back.
+    void resize(std::size_t size)
+    {
+        if (size > capacity())
+            Move(size);
+        else if (size < this->size())
+            std::memset(m_begin + size, 0, this->size() - size);
+        m_end = m_begin + size;
+    }
+
+    // Replaces the contents. The data may lie within the array. It is not null unless the size is 0.
+    void assign(const T* data, std::size_t size);
+
+    // Byte by byte.
+    friend bool operator==(const array_t& left, const array_t& right)
+    {
+        return left.size() == right.size() &&
+               (left.empty() || std::memcmp(left.m_begin, right.m_begin, left.size()) == 0);
+    }
+    friend bool operator!=(const array_t& left, const array_t& right) { return !(left == right); }
+
+private:
+    static T* NewBlock(std::size_t size);
+    static void FreeBlock(T* block, std::size_t size) noexcept;
+    void Move(std::size_t needed);
+    [[noreturn]] void ThrowOutOfBound(std::size_t index) const;
+
+    // The bytes between the end and the end of the capacity are zero at all times.
+    T* m_begin = nullptr;
+    T* m_end = nullptr;
+    T* m_end_of_capacity = nullptr;
+};
+
+extern template class array_t<char, std::allocator<char>>;
+extern template class array_t<char, crypto::sec_allocator_t<char>>;
+
+} // namespace cnt

@@ -1,0 +1,54 @@
+#pragma once
+
+// An allocator for secrets: memory that goes back to the heap holds zeros only. Any object serves any other's
+// memory, as with std::allocator.
+
+#include <cstddef>
+#include <cstdlib>
+#include <limits>
+#include <new>
+#include <type_traits>
+
+namespace crypto
+{
+
+template <class T>
+class sec_allocator_t
+{
+    static_assert(std::is_trivially_destructible_v<T>);
+
+public:
+    using value_type = T;
+    using is_always_equal = std::true_type;
+
+    sec_allocator_t() = default;
+    template <class Other>
+    // NOLINTNEXTLINE(google-explicit-constructor): what the allocator requirements ask for
+    sec_allocator_t(const sec_allocator_t<Other>&) noexcept
+    {
+    }
+
+    // Room for count values, all bytes zero. Throws std::bad_alloc if there is none.
+    T* allocate(std::size_t count)
+    {
+        void* const memory = std::calloc(count != 0 ? count : 1, sizeof(T));
+        if (memory == nullptr)
+            throw std::bad_alloc();
+        return static_cast<T*>(memory);
+    }
+
+    // Overwrites each byte with 0, then frees the block. The count is that of allocate.
+    void deallocate(T* block, std::size_t count) noexcept
+    {
+        // Volatile, so that the compiler keeps writes that nobody reads any more.
+        auto* const bytes = reinterpret_cast<volatile char*>(block);
+        for (std::size_t i = 0; i < count * sizeof(T); ++i)
+            bytes[i] = 0;
+        std::free(block);
+    }
+
+    friend bool operator==(const sec_allocator_t&, const sec_allocator_t&) noexcept { return true; }
+    friend bool operator!=(const sec_allocator_t&, const sec_allocator_t&) noexcept { return false; }
+};
+
+} // namespace crypto
