@@ -1,0 +1,117 @@
+#pragma once
+
+// The one encoding of all stored and sent records: each value in its own width, little-endian, without
+// padding, tags or framing. A reader knows the record's layout.
+//
+//   io::WriteValue(stream, std::uint32_t(0x01020304));   // 04 03 02 01
+//   io::WriteValue(stream, true);                        // 01 00 00 00
+//   io::WriteString(stream, "ab");                       // 02 00 00 00 61 62
+//
+// An 8-bit number takes 1 byte, other whole numbers their 4 or 8 bytes, an enumeration 4 bytes, and so does a
+// boolean: 0 or 1, and on reading anything but 0 is true. An optional value is a boolean and, if that is
+// true, the value. A string or byte array is its length as an unsigned 32-bit number, then its bytes as they
+// stand.
+//
+// Each value is one call of the device. A short transfer is an exc::runtime_exc_t with the text told; what
+// the device throws passes as it is. After either, the position in the stream is not known.
+
+#include <cstdint>
+#include <optional>
+#include <string>
+#include <string_view>
+#include <type_traits>
+
+#include "nelvo/core/cnt/array.h"
+#include "nelvo/io/io_dev.h"
+
+namespace io
+{
+
+// A short transfer: "Failed to write value to the binary stream: written less bytes (<written>) than expected
+// (<expected>)." and "Failed to retrieve value from the binary stream: received less bytes (<received>) than
+// expected (<expected>)."
+void WriteExactly(io_dev_t& stream, const void* data, std::uint64_t count);
+void ReadExactly(io_dev_t& stream, void* buffer, std::uint64_t count);
+
+// The widths that the encoding has.
+template <class Value>
+constexpr bool kIsStreamValue = (std::is_integral_v<Value> || std::is_enum_v<Value>)&&(sizeof(Value) == 1 ||
+                                                                                       sizeof(Value) == 4 ||
+                                                                                       sizeof(Value) == 8);
+
+template <class Value>
+void WriteValue(io_dev_t& stream, Value value)
+{
+    static_assert(kIsStreamValue<Value>);
+    if constexpr (std::is_same_v<Value, bool>)
+        WriteValue(stream, static_cast<std::uint32_t>(value));
+    else if constexpr (std::is_enum_v<Value>)
+        WriteValue(stream, static_cast<std::uint32_t>(value));
+    else
+        WriteExactly(stream, &value, sizeof(value));
+}
+
+template <class Value>
+Value ReadValue(io_dev_t& stream)
+{
+    static_assert(kIsStreamValue<Value>);
+    if constexpr (std::is_same_v<Value, bool>)
+        return ReadValue<std::uint32_t>(stream) != 0;
+    else if constexpr (std::is_enum_v<Value>)
+        return static_cast<Value>(ReadValue<std::uint32_t>(stream));
+    else
+    {
+        Value value = 0;
+        ReadExactly(stream, &value, sizeof(value));
+        return value;
+    }
+}
+
+template <class Value>
+void WriteOptionalValue(io_dev_t& stream, const std::optional<Value>& value)
+{
+    WriteValue(stream, value.has_value());
+    if (value.has_value())
+        WriteValue(stream, *value);
+}
+
+template <class Value>
+std::optional<Value> ReadOptionalValue(io_dev_t& stream)
+{
+    if (!ReadValue<bool>(stream))
+        return std::nullopt;
+    return ReadValue<Value>(stream);
+}
+
+// A text of 4 GiB or more is "Unable to cast value from [m] to [j]." What the device says to the bytes
+// themselves is not looked at; an empty text writes them too, with a count of 0.
+// Kept: BinaryValue.ShortWriteOfAStringsBytesIsNotNoticed
+void WriteString(io_dev_t& stream, std::string_view text);
+
+// A short read is "Failed to retrieve string from the IO device: received less bytes (<received>) than
+// expected
+// (<expected>)." with received as a signed number. For a length of 0 nothing more is read. The length is not
+// limited: memory for all of it is asked for before the bytes are read (std::bad_alloc), but only touched as
+// far as they come.
+std::string ReadString(io_dev_t& stream);
+
+void WriteOptionalString(io_dev_t& stream, const std::optional<std::string>& value);
+std::optional<std::string> ReadOptionalString(io_dev_t& stream);
+
+// A byte array, as WriteString and ReadString do it, with their texts.
+template <class Array>
+void WriteArray(io_dev_t& stream, const Array& bytes)
+{
+    WriteString(stream, std::string_view(bytes.data(), bytes.size()));
+}
+template <class Array>
+Array ReadArray(io_dev_t& stream);
+extern template cnt::plain_array_t ReadArray(io_dev_t& stream);
+extern template cnt::secure_array_t ReadArray(io_dev_t& stream);
+
+// Bytes whose count the device may cut short, and nobody looks: for records that are lenient there. Reading
+// zeroes the buffer first, so that what did not come is 0.
+void WriteRaw(io_dev_t& stream, const void* data, std::uint64_t count);
+void ReadRaw(io_dev_t& stream, void* buffer, std::uint64_t count);
+
+} // namespace io

@@ -1,0 +1,119 @@
+#include "nelvo/io/mem_stream.h"
+
+#include <algorithm>
+#include <cstring>
+#include <new>
+#include <utility>
+
+#include <boost/make_shared.hpp>
+
+#include "nelvo/core/exc/runtime_exc.h"
+
+namespace io
+{
+
+template <class Array>
+mem_dev_tt<Array>::mem_dev_tt() : mem_dev_tt(boost::make_shared<Array>())
+{
+}
+
+template <class Array>
+mem_dev_tt<Array>::mem_dev_tt(boost::shared_ptr<Array> array) : m_array(std::move(array))
+{
+}
+
+template <class Array>
+std::uint64_t mem_dev_tt<Array>::write(const void* data, std::uint64_t count)
+{
+    if (count == 0)
+        return 0;
+    if (count > UINT64_MAX - m_offset)
+        throw std::bad_alloc();
+    if (m_offset + count > m_array->size())
+        m_array->resize(m_offset + count);
+    std::memcpy(m_array->data() + m_offset, data, count);
+    m_offset += count;
+    return count;
+}
+
+template <class Array>
+std::uint64_t mem_dev_tt<Array>::read(void* buffer, std::uint64_t count)
+{
+    const std::uint64_t delivered = std::min(count, GetRemaining());
+    if (delivered == 0)
+        return 0;
+    std::memcpy(buffer, m_array->data() + m_offset, delivered);
+    m_offset += delivered;
+    return delivered;
+}
+
+template <class Array>
+char* mem_dev_tt<Array>::GetCurrentPointer() const
+{
+    return m_array->empty() ? nullptr : m_array->data() + m_offset;
+}
+
+template <class Array>
+std::uint64_t mem_dev_tt<Array>::GetRemaining() const
+{
+    return m_offset < m_array->size() ? m_array->size() - m_offset : 0;
+}
+
+template <class Array>
+void mem_dev_tt<Array>::SeekRelative(std::uint64_t size)
+{
+    if (size > GetRemaining())
+        throw exc::runtime_exc_t(
+            "Failed to seek memory stream pointer : out of the buffer (buffer size '%1', current offset '%2', seek size '%3').",
+            m_array->size(), m_offset, size);
+    m_offset += size;
+}
+
+template <class Array>
+void mem_dev_tt<Array>::SeekAbsolute(std::uint64_t offset)
+{
+    if (offset > m_array->size())
+        throw exc::runtime_exc_t(
+            "Failed to seek memory stream pointer : out of the buffer (buffer size '%1', current offset '%2', seek offset '%3').",
+            m_array->size(), m_offset, offset);
+    m_offset = offset;
+}
+
+template <class Array>
+mem_stream_tt<Array>::mem_stream_tt() : binary_stream_tt(boost::make_shared<mem_dev_tt<Array>>())
+{
+}
+
+template <class Array>
+mem_stream_tt<Array>::mem_stream_tt(const boost::shared_ptr<Array>& array)
+    : binary_stream_tt(boost::make_shared<mem_dev_tt<Array>>(array))
+{
+}
+
+template <class Array>
+boost::shared_ptr<mem_dev_tt<Array>> mem_stream_tt<Array>::GetMemDevice() const
+{
+    auto device = boost::dynamic_pointer_cast<mem_dev_tt<Array>>(GetDevice());
+    if (device == nullptr)
+        throw exc::runtime_exc_t("Failed to cast binary stream device to memory RW device object.");
+    return device;
+}
+
+template <class Array>
+boost::shared_ptr<Array> mem_stream_tt<Array>::GetArray() const
+{
+    return GetMemDevice()->GetArray();
+}
+
+template <class Array>
+std::uint64_t mem_stream_tt<Array>::GetRemaining() const
+{
+    return GetMemDevice()->GetRemaining();
+}
+
+template class mem_dev_tt<cnt::plain_array_t>;
+template class mem_dev_tt<cnt::secure_array_t>;
+template class mem_stream_tt<cnt::plain_array_t>;
+template class mem_stream_tt<cnt::secure_array_t>;
+
+} // namespace io
