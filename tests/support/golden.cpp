@@ -24,8 +24,9 @@ std::string Hex(const std::string& bytes)
 {
     static const char kDigits[] = "0123456789abcdef";
     std::string text;
-    for (const unsigned char byte : bytes)
+    for (const char letter : bytes)
     {
+        const auto byte = static_cast<unsigned char>(letter);
         if (!text.empty())
             text += ' ';
         text += {kDigits[byte / 16], kDigits[byte % 16]};
