@@ -1,0 +1,7 @@
+#include "nelvo/context/agent_options.h"
+
+CAgentOptions& GetAgentOptions()
+{
+    static CAgentOptions options;
+    return options;
+}
