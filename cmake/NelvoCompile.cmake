@@ -17,7 +17,7 @@ target_include_directories(nelvo_compile INTERFACE $<BUILD_INTERFACE:${PROJECT_S
 target_compile_options(nelvo_compile INTERFACE
     -Wall -Wextra -Wpedantic -Wshadow -Wconversion -Wsign-conversion -Wcast-qual -Wcast-align
     -Wformat=2 -Wnon-virtual-dtor -Woverloaded-virtual -Wold-style-cast -Wnull-dereference
-    -Wduplicated-cond -Wlogical-op -Wuseless-cast -Wredundant-decls -Wundef -Wvla
+    "$<$<CXX_COMPILER_ID:GNU>:-Wduplicated-cond;-Wlogical-op;-Wuseless-cast>" -Wredundant-decls -Wundef -Wvla
     -fno-semantic-interposition)
 target_compile_definitions(nelvo_compile INTERFACE
     BOOST_ALL_NO_LIB $<$<NOT:$<CONFIG:Release>>:_GLIBCXX_ASSERTIONS>)
@@ -31,6 +31,10 @@ else()
     target_compile_options(nelvo_compile INTERFACE
         -fstack-protector-strong -fstack-clash-protection -fcf-protection)
     target_compile_definitions(nelvo_compile INTERFACE $<$<CONFIG:Release>:_FORTIFY_SOURCE=2>)
+endif()
+# The engine sees which way an input goes.
+if(NELVO_FUZZ)
+    target_compile_options(nelvo_compile INTERFACE -fsanitize=fuzzer-no-link)
 endif()
 target_link_options(nelvo_compile INTERFACE -Wl,-z,relro,-z,now,-z,noexecstack)
 

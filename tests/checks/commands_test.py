@@ -234,10 +234,51 @@ class Configure(Commands):
         self.assertEqual(2, self.count())
 
 
+class Fuzz(Commands):
+    def setUp(self):
+        notes = "#!/bin/sh\n" + NOTES
+        self.command = self.make(
+            "fuzz", {"script/bootstrap": notes, "script/configure": notes, "fuzz/a_fuzz.cpp": "",
+                     "fuzz/b_c_fuzz.cpp": "", "fuzz/fuzz_target.cpp": ""}, {"cmake": NOTES})
+        os.makedirs(self.path("build", "fuzz", "fuzz"))
+        self.end_with(a=0, b_c=0)
+
+    def end_with(self, **targets):
+        for name, status in targets.items():
+            program = self.path("build", "fuzz", "fuzz", name + "_fuzz")
+            with open(program, "w", encoding="utf-8") as file:
+                file.write(f"#!/bin/sh\n{NOTES}exit {status}\n")
+            os.chmod(program, 0o755)
+
+    def run_of(self, name, seconds):
+        return (f"{name}_fuzz -max_total_time={seconds} -timeout=10 -rss_limit_mb=1024 "
+                f"-artifact_prefix=build/fuzz/findings/{name}- build/fuzz/corpus/{name} build/fuzz/fuzz/seeds/{name}")
+
+    def test_builds_and_runs_every_target(self):
+        result, calls = self.run_command(self.command)
+        self.assertEqual(["bootstrap ", "bootstrap script/packages-fuzz.txt", "configure fuzz",
+                          "cmake --build --preset fuzz --target a_fuzz b_c_fuzz",
+                          self.run_of("a", 60), self.run_of("b_c", 60)], calls)
+        self.assertEqual((0, "== a\n== b_c\n"), (result.returncode, result.stdout))
+        self.assertEqual(["a", "b_c"], sorted(os.listdir(self.path("build", "fuzz", "corpus"))))
+        self.assertEqual([], os.listdir(self.path("build", "fuzz", "findings")))
+
+    def test_takes_names_and_seconds(self):
+        calls = self.run_command(self.command, "--seconds", "5", "b_c")[1]
+        self.assertEqual(["cmake --build --preset fuzz --target b_c_fuzz", self.run_of("b_c", 5)], calls[-2:])
+
+    def test_goes_on_behind_a_finding_and_fails(self):
+        self.end_with(a=77)
+        result, calls = self.run_command(self.command)
+        self.assertEqual(self.run_of("b_c", 60), calls[-1])
+        self.assertEqual((1, "Findings: a\n"), (result.returncode, result.stderr))
+
+
 class Lint(Commands):
     def setUp(self):
         notes = "#!/bin/sh\n" + NOTES
-        sources = {"nelvo/a.h": "", "nelvo/a.cpp": "", "tool/b.cpp": "", "tests/c.cpp": "", "bench/d.cpp": ""}
+        sources = {"nelvo/a.h": "", "nelvo/a.cpp": "", "tool/b.cpp": "", "tests/c.cpp": "", "bench/d.cpp": "",
+                   "fuzz/e.cpp": ""}
         self.command = self.make("lint", {"script/bootstrap": notes, **sources},
                                  {"clang-format": NOTES, "clang-tidy": NOTES, "cmake": "", "nproc": "echo 1\n"})
 
@@ -249,7 +290,7 @@ class Lint(Commands):
                 for name in ("clang-format", "clang-tidy")]
 
     def test_looks_at_every_file(self):
-        sources = {"nelvo/a.cpp", "tool/b.cpp", "tests/c.cpp", "bench/d.cpp"}
+        sources = {"nelvo/a.cpp", "tool/b.cpp", "tests/c.cpp", "bench/d.cpp", "fuzz/e.cpp"}
         self.assertEqual([sources | {"nelvo/a.h"}, sources], self.lint())
         self.assertEqual(0, self.status)
 

@@ -1,0 +1,53 @@
+// The linker puts __wrap_calloc in the place of calloc, by which the byte arrays are allocated.
+
+#include "fuzz/fuzz_target.h"
+
+namespace
+{
+
+constexpr std::size_t kMost = std::size_t{4} << 20U;
+
+// While an input is tried. The engine's own memory has no limit.
+thread_local bool g_limited = false;
+
+class limit_t
+{
+public:
+    limit_t() { g_limited = true; }
+    ~limit_t() { g_limited = false; }
+};
+
+} // namespace
+
+// NOLINTBEGIN(bugprone-reserved-identifier): the linker's names
+extern "C" void* __real_calloc(std::size_t count, std::size_t size);
+
+extern "C" void* __wrap_calloc(std::size_t count, std::size_t size)
+{
+    return g_limited && size != 0 && count > kMost / size ? nullptr : __real_calloc(count, size);
+}
+// NOLINTEND(bugprone-reserved-identifier)
+
+void* operator new(std::size_t size, const std::nothrow_t&) noexcept
+{
+    return g_limited && size > kMost ? nullptr : std::malloc(size != 0 ? size : 1);
+}
+
+void* operator new(std::size_t size)
+{
+    void* const memory = operator new(size, std::nothrow);
+    if (memory == nullptr)
+        throw std::bad_alloc();
+    return memory;
+}
+
+void operator delete(void* memory) noexcept { std::free(memory); }
+void operator delete(void* memory, std::size_t) noexcept { std::free(memory); }
+void operator delete(void* memory, const std::nothrow_t&) noexcept { std::free(memory); }
+
+int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size)
+{
+    const limit_t limit;
+    fuzz::Try(data, size);
+    return 0;
+}

@@ -1,0 +1,35 @@
+// Hexadecimal text to numbers of all widths.
+
+#include "nelvo/core/util/hex.h"
+
+#include "fuzz/fuzz_target.h"
+
+namespace
+{
+
+// Narrow and wide text give the same, and a text that a narrow type can hold, a wide one can.
+template <class Value>
+bool IsRead(std::string_view text)
+{
+    Value value = 0;
+    const bool reads = fuzz::Reads([&] { value = util::ParseHex<Value>(text); });
+    Value wide_value = 0;
+    const bool reads_wide = fuzz::Reads([&] { wide_value = util::ParseHex<Value>(fuzz::Widened(text)); });
+    fuzz::Require(reads == reads_wide && value == wide_value);
+    return reads;
+}
+
+} // namespace
+
+void fuzz::Try(const std::uint8_t* data, std::size_t size)
+{
+    const std::string_view text = fuzz::Text(data, size);
+    const bool in_8 = IsRead<std::uint8_t>(text);
+    const bool in_16 = IsRead<std::int16_t>(text);
+    const bool in_32 = IsRead<std::uint32_t>(text);
+    const bool in_64 = IsRead<std::int64_t>(text);
+    fuzz::Require(in_8 <= in_16 && in_16 <= in_32 && in_32 <= in_64);
+    fuzz::Reads([&] { util::ParseHex<std::uint64_t>(fuzz::WideText(data, size)); });
+    if (size != 0)
+        fuzz::Reads([&] { fuzz::Require(util::DigitFromLetter(text[0]) < 16); });
+}

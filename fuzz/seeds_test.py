@@ -1,0 +1,56 @@
+"""Writes seeds from made lists."""
+
+import os
+import tempfile
+import unittest
+
+import seeds
+
+
+class Seeds(unittest.TestCase):
+    def setUp(self):
+        made = tempfile.TemporaryDirectory(prefix="nelvo-seeds-")
+        self.addCleanup(made.cleanup)
+        self.folder = os.path.join(made.name, "seeds")
+        self.root = made.name
+
+    def written(self, **lists):
+        paths = []
+        for name, text in lists.items():
+            stem, kind = name.rsplit("_", 1)
+            paths.append(os.path.join(self.root, f"{stem}.{kind}"))
+            with open(paths[-1], "w", encoding="utf-8") as file:
+                file.write(text)
+        seeds.write(self.folder, paths)
+        found = {}
+        for name in os.listdir(self.folder):
+            with open(os.path.join(self.folder, name), "rb") as file:
+                found[name] = file.read()
+        return found
+
+    def test_a_text_has_a_seed_a_line(self):
+        self.assertEqual({"a-01": b"one two ", "a-02": b"#three"},
+                         self.written(a_txt="# a remark\none two \n\n\\x23three\n"))
+
+    def test_a_text_may_tell_any_byte(self):
+        self.assertEqual({"a-01": b"\n\t\\x41\x00\xff"}, self.written(a_txt="\\n\\t\\\\x41\\x00\\xff\n"))
+
+    def test_a_record_is_one_seed(self):
+        self.assertEqual({"a-01": b"\x01\x00\xff"},
+                         self.written(a_hex="# a record\nkind: 01 00 # a remark\n\nsize: ff\n"))
+
+    def test_lists_stand_side_by_side(self):
+        self.assertEqual({"a-01": b"one", "b-01": b"\x01"}, self.written(a_txt="one\n", b_hex="x: 01\n"))
+
+    def test_what_was_there_is_gone(self):
+        self.written(a_txt="one\ntwo\n")
+        self.assertEqual({"a-01": b"three"}, self.written(a_txt="three\n"))
+
+    def test_what_it_does_not_know_is_a_failure(self):
+        for lists in ({"a_txt": "\\q\n"}, {"a_hex": "x: 0g\n"}, {"a_hex": "01 02\n"}):
+            with self.assertRaises((KeyError, ValueError, IndexError)):
+                self.written(**lists)
+
+
+if __name__ == "__main__":
+    unittest.main()
