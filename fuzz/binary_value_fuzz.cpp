@@ -2,7 +2,6 @@
 
 #include "nelvo/io/binary_value.h"
 
-#include "fuzz/fuzz_target.h"
 #include "fuzz/stream.h"
 
 namespace
@@ -32,7 +31,7 @@ void CopyOne(io::io_dev_t& from, io::io_dev_t& to)
 }
 
 // The values as far as they can be read, written again.
-boost::shared_ptr<cnt::plain_array_t> Copy(const boost::shared_ptr<cnt::plain_array_t>& bytes)
+fuzz::array_ptr_t Copy(const fuzz::array_ptr_t& bytes)
 {
     io::plain_mem_stream_t from(bytes);
     io::plain_mem_stream_t to;
@@ -46,6 +45,6 @@ boost::shared_ptr<cnt::plain_array_t> Copy(const boost::shared_ptr<cnt::plain_ar
 
 void fuzz::Try(const std::uint8_t* data, std::size_t size)
 {
-    const auto copy = Copy(fuzz::Array(data, size));
+    const array_ptr_t copy = Copy(fuzz::Array(data, size));
     fuzz::Require(copy->size() <= size && *Copy(copy) == *copy);
 }

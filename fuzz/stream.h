@@ -1,21 +1,61 @@
 #pragma once
 
-// Streams of the fuzz targets that read stored records.
-
-#include <cstddef>
-#include <cstdint>
+// What the targets of stored records share.
 
 #include <boost/make_shared.hpp>
 
+#include "fuzz/fuzz_target.h"
 #include "nelvo/io/mem_stream.h"
 
 namespace fuzz
 {
 
-// A shared array of the bytes.
-inline boost::shared_ptr<cnt::plain_array_t> Array(const std::uint8_t* data, std::size_t size)
+using array_ptr_t = boost::shared_ptr<cnt::plain_array_t>;
+
+inline array_ptr_t Array(const std::uint8_t* data, std::size_t size)
 {
     return boost::make_shared<cnt::plain_array_t>(reinterpret_cast<const char*>(data), size);
+}
+
+// The stored form of a record, which write puts into a stream.
+template <class Record, class Write>
+array_ptr_t Stored(const Record& record, Write write)
+{
+    io::plain_mem_stream_t stream;
+    write(record, stream);
+    return stream.GetArray();
+}
+
+// Tries a record that read takes from a stream and write puts there. One that is read and stored is read
+// again with nothing left over, and stored again as the same bytes. One that is not read stays as it was.
+// True if it is read.
+template <class Record, class Read, class Write>
+bool TryStored(Record& record, const array_ptr_t& bytes, Read read, Write write)
+{
+    const array_ptr_t before = Stored(record, write);
+    io::plain_mem_stream_t stream(bytes);
+    const bool is_read = Reads([&] { read(record, stream); });
+    const array_ptr_t stored = Stored(record, write);
+    if (is_read)
+    {
+        io::plain_mem_stream_t stored_stream(stored);
+        read(record, stored_stream);
+        Require(stored_stream.GetRemaining() == 0 && *Stored(record, write) == *stored);
+    }
+    else
+    {
+        Require(*stored == *before);
+    }
+    return is_read;
+}
+
+// The same for the records that name these Serialize and DeSerialize.
+template <class Record>
+bool TryStored(Record& record, const array_ptr_t& bytes)
+{
+    return TryStored(
+        record, bytes, [](Record& to, io::io_dev_t& stream) { to.DeSerialize(stream); },
+        [](const Record& from, io::io_dev_t& stream) { from.Serialize(stream); });
 }
 
 } // namespace fuzz
