@@ -5,7 +5,6 @@
 
 #include <cstddef>
 #include <cstdlib>
-#include <limits>
 #include <new>
 #include <type_traits>
 

@@ -41,6 +41,12 @@ struct heap_tt<crypto::sec_allocator_t<char>>
 
 } // namespace
 
+void ThrowOutOfBound(std::uint64_t index, std::uint64_t size)
+{
+    throw exc::runtime_exc_t(
+        "Out of the array bound. Index of the requested array element: [%1]. Array size: [%2].", index, size);
+}
+
 template <class T, class Allocator>
 T* array_t<T, Allocator>::NewBlock(std::size_t size)
 {
@@ -84,14 +90,6 @@ void array_t<T, Allocator>::assign(const T* data, std::size_t size)
     if (size != 0)
         std::memmove(m_begin, data, size);
     resize(size);
-}
-
-template <class T, class Allocator>
-void array_t<T, Allocator>::ThrowOutOfBound(std::size_t index) const
-{
-    throw exc::runtime_exc_t(
-        "Out of the array bound. Index of the requested array element: [%1]. Array size: [%2].", index,
-        size());
 }
 
 template class array_t<char, std::allocator<char>>;

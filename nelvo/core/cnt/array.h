@@ -13,6 +13,7 @@
 // until it grows.
 
 #include <cstddef>
+#include <cstdint>
 #include <cstring>
 #include <memory>
 #include <utility>
@@ -21,6 +22,10 @@
 
 namespace cnt
 {
+
+// exc::runtime_exc_t with "Out of the array bound. Index of the requested array element: [<index>]. Array
+// size: [<size>]."
+[[noreturn]] void ThrowOutOfBound(std::uint64_t index, std::uint64_t size);
 
 template <class T, class Allocator>
 class array_t;
@@ -65,12 +70,11 @@ public:
     const T* begin() const { return m_begin; }
     const T* end() const { return m_end; }
 
-    // Bounds are checked: exc::runtime_exc_t with "Out of the array bound. Index of the requested array
-    // element: [<index>]. Array size: [<size>]."
+    // Bounds are checked, by ThrowOutOfBound.
     T& operator[](std::size_t index)
     {
         if (index >= size())
-            ThrowOutOfBound(index);
+            ThrowOutOfBound(index, size());
         return m_begin[index];
     }
     const T& operator[](std::size_t index) const { return const_cast<array_t&>(*this)[index]; }
@@ -101,7 +105,6 @@ private:
     static T* NewBlock(std::size_t size);
     static void FreeBlock(T* block, std::size_t size) noexcept;
     void Move(std::size_t needed);
-    [[noreturn]] void ThrowOutOfBound(std::size_t index) const;
 
     // The bytes between the end and the end of the capacity are zero at all times.
     T* m_begin = nullptr;
