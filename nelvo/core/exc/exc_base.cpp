@@ -29,6 +29,23 @@ std::string exc_trace_t::ToText() const
 
 namespace exc
 {
+namespace
+{
+
+void AppendToTexts(const exc_entry_t& entry, bool first, std::string& marked_text, std::string& plain_text)
+{
+    if (!first)
+    {
+        marked_text += '\n';
+        plain_text += '\n';
+    }
+    if (entry.marked)
+        marked_text += "--tr:";
+    marked_text += entry.text;
+    plain_text += entry.text;
+}
+
+} // namespace
 
 exc_base_t::exc_base_t() : m_thread_id(pthread_self()) {}
 
@@ -43,8 +60,7 @@ void exc_base_t::Translate(ITranslator& translator)
     std::vector<exc_entry_t> translated = m_entries;
     for (exc_entry_t& entry : translated)
         entry.text = translator.Translate(entry.text);
-    m_entries.swap(translated);
-    RebuildTexts();
+    SetEntries(std::move(translated));
 }
 
 void exc_base_t::AddMessage(std::string text) { AddEntry({std::move(text), false}); }
@@ -73,28 +89,19 @@ pthread_t exc_base_t::GetThreadId(const std::exception& exception)
 void exc_base_t::AddEntry(exc_entry_t entry)
 {
     m_entries.push_back(std::move(entry));
-    AppendToTexts(m_entries.back(), m_entries.size() == 1);
+    AppendToTexts(m_entries.back(), m_entries.size() == 1, m_marked_text, m_plain_text);
 }
 
-void exc_base_t::AppendToTexts(const exc_entry_t& entry, bool first)
+// Changes all or, out of memory, nothing.
+void exc_base_t::SetEntries(std::vector<exc_entry_t> entries)
 {
-    if (!first)
-    {
-        m_marked_text += '\n';
-        m_plain_text += '\n';
-    }
-    if (entry.marked)
-        m_marked_text += "--tr:";
-    m_marked_text += entry.text;
-    m_plain_text += entry.text;
-}
-
-void exc_base_t::RebuildTexts()
-{
-    m_marked_text.clear();
-    m_plain_text.clear();
-    for (const exc_entry_t& entry : m_entries)
-        AppendToTexts(entry, &entry == &m_entries.front());
+    std::string marked_text;
+    std::string plain_text;
+    for (const exc_entry_t& entry : entries)
+        AppendToTexts(entry, &entry == &entries.front(), marked_text, plain_text);
+    m_entries.swap(entries);
+    m_marked_text.swap(marked_text);
+    m_plain_text.swap(plain_text);
 }
 
 } // namespace exc

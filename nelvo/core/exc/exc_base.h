@@ -7,7 +7,11 @@
 // An exception belongs to one thread at a time. Clone and Rethrow carry one to another thread: a worker
 // hands over a clone, the receiver calls Rethrow. The thread id stays that of the thread of origin.
 //
-// Nothing here throws but std::bad_alloc, Rethrow, and Translate what its translator throws.
+// An exception crosses a process in a byte buffer: WriteTo writes lines and trace (docs/formats.md), ReadFrom
+// takes them over. Thread id, errno value and locked file stay behind.
+//
+// Nothing here throws but std::bad_alloc, Rethrow, Translate what its translator throws, and ReadFrom what
+// its reader throws.
 
 #include <cstdint>
 #include <exception>
@@ -22,6 +26,13 @@
 #include <boost/shared_ptr.hpp>
 
 #include "nelvo/core/util/format.h"
+
+class CBufReader;
+
+namespace cnt
+{
+class CBufWriter;
+}
 
 // One message line.
 struct exc_entry_t
@@ -65,8 +76,14 @@ class exc_base_t : public std::exception
 public:
     exc_base_t();
     explicit exc_base_t(const std::string& message);
+
+    // Without lines, then exc_base_t::ReadFrom. Defined in exc_buffer.cpp, as that is.
+    explicit exc_base_t(CBufReader& reader);
+
     exc_base_t(const exc_base_t&) = default;
+    exc_base_t(exc_base_t&&) noexcept = default;
     exc_base_t& operator=(const exc_base_t&) = default;
+    exc_base_t& operator=(exc_base_t&&) noexcept = default;
     ~exc_base_t() override = default;
 
     const char* what() const noexcept override { return m_marked_text.c_str(); }
@@ -76,6 +93,13 @@ public:
 
     // Throws a copy of the type that the class says, exc_base_t here.
     [[noreturn]] virtual void Rethrow() const;
+
+    // Replace the lines and the trace by those in a buffer, and write them there. Of properties with the same
+    // key the first stays. An event with a code other than 1 to 6 is dropped, with the warning "Unexpected
+    // trace event: [<code>]. Info: <info>." in the process log. A read that fails (buf_reader.h) leaves the
+    // exception as it was. Defined in exc_buffer.cpp, which stands above reader, writer and log.
+    virtual void ReadFrom(CBufReader& reader);
+    virtual void WriteTo(cnt::CBufWriter& writer) const;
 
     // Replaces the text of each message line by what the translator gives for it. If that throws, all lines
     // stay as they were.
@@ -114,8 +138,7 @@ public:
 
 private:
     void AddEntry(exc_entry_t entry);
-    void AppendToTexts(const exc_entry_t& entry, bool first);
-    void RebuildTexts();
+    void SetEntries(std::vector<exc_entry_t> entries);
 
     std::vector<exc_entry_t> m_entries;
     std::string m_marked_text;

@@ -56,6 +56,10 @@ public:
     boost::shared_ptr<exc_base_t> Clone() const override;
     [[noreturn]] void Rethrow() const override;
 
+    // The base's, then the code.
+    void ReadFrom(CBufReader& reader) override;
+    void WriteTo(cnt::CBufWriter& writer) const override;
+
     std::uint32_t GetErrorCode() const { return m_error_code; }
     void SetErrorCode(std::uint32_t code) { m_error_code = code; }
 
