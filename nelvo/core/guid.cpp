@@ -42,6 +42,13 @@ std::string BracedText(const std::uint8_t* bytes)
     return text;
 }
 
+template <class Array, class Bytes>
+void CopyBytesTo(Array& array, const Bytes& bytes)
+{
+    array.resize(bytes.size());
+    std::memcpy(array.data(), bytes.data(), bytes.size());
+}
+
 } // namespace
 
 Guid::Guid(const SGuidRecord& record)
@@ -112,6 +119,10 @@ Guid Guid::FromBytes(const void* data, std::size_t size)
     std::memcpy(value.m_bytes.data(), data, kSize);
     return value;
 }
+
+void Guid::CopyTo(cnt::plain_array_t& array) const { CopyBytesTo(array, m_bytes); }
+
+void Guid::CopyTo(cnt::secure_array_t& array) const { CopyBytesTo(array, m_bytes); }
 
 std::string Guid::ToString() const
 try

@@ -16,6 +16,8 @@
 #include <string>
 #include <string_view>
 
+#include "nelvo/core/cnt/array.h"
+
 // The platform's record layout: the first three fields as integers in host order (little-endian), the last
 // eight bytes as they are.
 struct SGuidRecord
@@ -54,6 +56,11 @@ public:
 
     // Takes 16 bytes as they are. Throws exc::runtime_exc_t for any other size.
     static Guid FromBytes(const void* data, std::size_t size);
+
+    // Makes the array 16 bytes long, whatever it holds, and puts the bytes there. Throws std::bad_alloc
+    // alone, and leaves the array then.
+    void CopyTo(cnt::plain_array_t& array) const;
+    void CopyTo(cnt::secure_array_t& array) const;
 
     std::string ToString() const;
     std::wstring ToWString() const;

@@ -208,6 +208,20 @@ TEST(Guid, FromBytesTakesSixteenBytesOnly)
               FailureOf([] { Guid::FromBytes(nullptr, 0); }));
 }
 
+TEST(Guid, CopyIntoAnArrayMakesItSixteenBytesLong)
+{
+    const auto expect_copy = [](auto array)
+    {
+        Value().CopyTo(array);
+        EXPECT_EQ(decltype(array)(reinterpret_cast<const char*>(kBytes), sizeof(kBytes)), array);
+    };
+    for (const std::size_t size : {0U, 3U, 16U, 40U})
+    {
+        expect_copy(cnt::plain_array_t(size));
+        expect_copy(cnt::secure_array_t(size));
+    }
+}
+
 TEST(Guid, ClearMakesItNull)
 {
     Guid value = Value();
