@@ -2,7 +2,9 @@
 
 #include <array>
 
+#include "nelvo/core/exc/rethrow.h"
 #include "nelvo/core/exc/runtime_exc.h"
+#include "nelvo/core/util/format.h"
 #include "nelvo/core/util/to_text.h"
 #include "nelvo/core/util/wide.h"
 
@@ -86,6 +88,18 @@ std::uint64_t ParseBits(std::basic_string_view<Char> text, unsigned bits)
     return value;
 }
 
+void ConvertDigits(std::string_view text, cnt::plain_array_t& bytes)
+try
+{
+    for (std::size_t i = 0; i != bytes.size(); ++i)
+        bytes[i] = static_cast<char>(DigitFrom(text[2 * i]) << 4U | DigitFrom(text[2 * i + 1]));
+}
+catch (std::exception& e)
+{
+    exc::RethrowWithContext(
+        false, Format("Failed to convert string to binary array, specified string: '%1'.", text), e);
+}
+
 } // namespace
 
 std::string HexDigit(long long number)
@@ -107,5 +121,14 @@ unsigned DigitFromLetter(wchar_t letter) { return DigitFrom(letter); }
 
 std::uint64_t ParseHexBits(std::string_view text, unsigned bits) { return ParseBits(text, bits); }
 std::uint64_t ParseHexBits(std::wstring_view text, unsigned bits) { return ParseBits(text, bits); }
+
+cnt::plain_array_t BytesFromHex(std::string_view text)
+{
+    if (text.size() % 2 != 0)
+        throw exc::runtime_exc_t("Invalid length of the data.");
+    cnt::plain_array_t bytes(text.size() / 2);
+    ConvertDigits(text, bytes);
+    return bytes;
+}
 
 } // namespace util

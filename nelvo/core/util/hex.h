@@ -1,7 +1,7 @@
 #pragma once
 
-// Hexadecimal digits and numbers. All failures are exc::runtime_exc_t. A wide character that is no digit
-// and has no UTF-8 form throws what WideToUtf8 throws. The way back, HexText, is in to_text.h.
+// Hexadecimal digits, numbers and bytes. All failures are exc::runtime_exc_t. A wide character that is no
+// digit and has no UTF-8 form throws what WideToUtf8 throws. The way back, HexText, is in to_text.h.
 //
 //   util::ParseHex<std::uint8_t>("0xFF")    255
 //   util::ParseHex<std::int8_t>("ff")       -1
@@ -14,6 +14,8 @@
 #include <string>
 #include <string_view>
 #include <type_traits>
+
+#include "nelvo/core/cnt/array.h"
 
 namespace util
 {
@@ -46,5 +48,10 @@ Value ParseHex(std::wstring_view text)
     static_assert(std::is_integral_v<Value> && !std::is_same_v<Value, bool>);
     return static_cast<Value>(ParseHexBits(text, sizeof(Value) * CHAR_BIT));
 }
+
+// The bytes that pairs of digits are, in either case and without anything between or before them. An odd
+// length throws "Invalid length of the data."; a bad digit what DigitFromLetter throws, with the line "Failed
+// to convert string to binary array, specified string: '<text>'."
+cnt::plain_array_t BytesFromHex(std::string_view text);
 
 } // namespace util

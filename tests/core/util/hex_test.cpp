@@ -175,3 +175,39 @@ TEST(ParseHex, ReadsWhatHexTextWrites)
         ASSERT_EQ(value, ParseHex<std::int32_t>(util::HexText(value)));
     }
 }
+
+TEST(BytesFromHex, TakesTwoDigitsToAByteInEitherCase)
+{
+    const cnt::plain_array_t bytes = util::BytesFromHex("00fF1a0A80");
+    EXPECT_EQ("\x00\xff\x1a\x0a\x80"s, std::string(bytes.begin(), bytes.end()));
+    EXPECT_EQ(0u, util::BytesFromHex("").size());
+}
+
+TEST(BytesFromHex, ReadsWhatHexTextWrites)
+{
+    for (unsigned i = 0; i != 256; ++i)
+    {
+        const cnt::plain_array_t bytes = util::BytesFromHex(util::HexText(static_cast<std::uint8_t>(i)));
+        ASSERT_EQ(1u, bytes.size());
+        EXPECT_EQ(static_cast<char>(i), bytes[0]);
+    }
+}
+
+TEST(BytesFromHex, RefusesAnOddLengthWhateverTheDigits)
+{
+    EXPECT_EQ("Invalid length of the data.", FailureText([] { util::BytesFromHex("0"); }));
+    EXPECT_EQ("Invalid length of the data.", FailureText([] { util::BytesFromHex("00g"); }));
+}
+
+TEST(BytesFromHex, NamesTheTextWithABadDigit)
+{
+    EXPECT_EQ("Cannot convert letter 'g' to digit.\n"
+              "Failed to convert string to binary array, specified string: '000g'.",
+              FailureText([] { util::BytesFromHex("000g"); }));
+    EXPECT_EQ("Cannot convert letter 'x' to digit.\n"
+              "Failed to convert string to binary array, specified string: '0x00'.",
+              FailureText([] { util::BytesFromHex("0x00"); }));
+    EXPECT_EQ("Cannot convert letter ' ' to digit.\n"
+              "Failed to convert string to binary array, specified string: ' 0%1'.",
+              FailureText([] { util::BytesFromHex(" 0%1"); }));
+}
