@@ -29,7 +29,8 @@ const char* CBufReader::Take(std::uint64_t size)
     const std::uint64_t end = m_buffer->size();
     if (m_position > end || size > end - m_position)
         throw exc::runtime_exc_t(
-            "Out of the buffer, buffer size '%1', struct size '%2', buffer pointer '%3'.", end, size, m_position);
+            "Out of the buffer, buffer size '%1', struct size '%2', buffer pointer '%3'.", end, size,
+            m_position);
     const char* const taken = m_buffer->data() + m_position;
     m_position += size;
     return taken;
@@ -65,6 +66,8 @@ catch (std::exception& e)
     exc::RethrowWithContext(false, "Failed to extract integer value from buffer.", e);
 }
 
+// The context has a blank before its point, and no other line of the reader has.
+// Kept: BufReader.ContextOfAStringHasABlankBeforeItsPoint
 std::string CBufReader::ReadString()
 try
 {

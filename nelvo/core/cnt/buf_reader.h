@@ -43,8 +43,8 @@ public:
     std::uint64_t GetPosition() const { return m_position; }
 
     // The address of the next bytes of the array; the position moves behind them. Throws exc::runtime_exc_t,
-    // and leaves the position, with "CBufReader buffer not initialized." or, if there are fewer bytes, "Out of
-    // the buffer, buffer size '<array's size>', struct size '<size>', buffer pointer '<position>'."
+    // and leaves the position, with "CBufReader buffer not initialized." or, if there are fewer bytes, "Out
+    // of the buffer, buffer size '<array's size>', struct size '<size>', buffer pointer '<position>'."
     const char* Take(std::uint64_t size);
 
     // 1 byte, true unless it is 0. "Failed to extract boolean value from buffer."
@@ -62,8 +62,8 @@ public:
 
     // The same for a blob, which replaces the contents of an array, or goes to the caller's memory of a size,
     // and its length is returned. A length above the limit or above the size is "Invalid length of the binary
-    // data '<length>'." "Failed to extract binary content from buffer." What fails leaves target and memory as
-    // they were.
+    // data '<length>'." "Failed to extract binary content from buffer." What fails leaves target and memory
+    // as they were.
     void ReadBlob(cnt::plain_array_t& target);
     void ReadBlob(cnt::secure_array_t& target);
     std::size_t ReadBlob(void* memory, std::size_t size);

@@ -21,7 +21,8 @@ CBufWriter::CBufWriter(std::size_t initial_size) : CBufWriter(boost::make_shared
 }
 
 CBufWriter::CBufWriter(const CBufWriter& other)
-    : m_position(other.m_position), m_buffer(boost::make_shared<plain_array_t>(*other.m_buffer)),
+    : m_position(other.m_position),
+      m_buffer(boost::make_shared<plain_array_t>(*other.m_buffer)),
       m_reserved_slot(other.m_reserved_slot)
 {
 }

@@ -33,8 +33,8 @@ public:
     // What the array grows by.
     static constexpr std::uint32_t kGrowth = 1048576;
 
-    // All begin at position 0: with a new empty array, with one that is shared (not null), with a new one of a
-    // size.
+    // All begin at position 0: with a new empty array, with one that is shared (not null), with a new one of
+    // a size.
     CBufWriter();
     explicit CBufWriter(boost::shared_ptr<plain_array_t> buffer);
     explicit CBufWriter(std::size_t initial_size);
@@ -67,13 +67,13 @@ public:
     //   char* const place = writer.ReserveLength(4096);
     //   writer.FillLength(Produce(place, 4096));
     //
-    // The place holds until the next write or reservation. The position stays until the length is told, so that
-    // a write in between would go over the place. There is one reservation at a time.
+    // The place holds until the next write or reservation. The position stays until the length is told, so
+    // that a write in between would go over the place. There is one reservation at a time.
     char* ReserveLength(std::uint32_t greatest = kGrowth);
 
-    // More than the greatest length is exc::runtime_exc_t "Out of the array bound. Index of the requested array
-    // element: [<length - 1>]. Array size: [<greatest length>]."; without a reservation, "No length slot is
-    // reserved." Either changes nothing.
+    // More than the greatest length is exc::runtime_exc_t "Out of the array bound. Index of the requested
+    // array element: [<length - 1>]. Array size: [<greatest length>]."; without a reservation, "No length
+    // slot is reserved." Either changes nothing.
     void FillLength(std::uint32_t length);
 
     const boost::shared_ptr<plain_array_t>& GetBuffer() const { return m_buffer; }

@@ -8,7 +8,7 @@
 // hands over a clone, the receiver calls Rethrow. The thread id stays that of the thread of origin.
 //
 // An exception crosses a process in a byte buffer: WriteTo writes lines and trace (docs/formats.md), ReadFrom
-// takes them over. Thread id, errno value and locked file stay behind.
+// takes them over.
 //
 // Nothing here throws but std::bad_alloc, Rethrow, Translate what its translator throws, and ReadFrom what
 // its reader throws.
@@ -98,6 +98,10 @@ public:
     // key the first stays. An event with a code other than 1 to 6 is dropped, with the warning "Unexpected
     // trace event: [<code>]. Info: <info>." in the process log. A read that fails (buf_reader.h) leaves the
     // exception as it was. Defined in exc_buffer.cpp, which stands above reader, writer and log.
+    //
+    // The number of an errno_exc_t and the file of a file_locked_exc_t do not go through the buffer; reading
+    // leaves those of this object.
+    // Kept: ErrnoExcBuffer.ReadingLeavesTheNumber
     virtual void ReadFrom(CBufReader& reader);
     virtual void WriteTo(cnt::CBufWriter& writer) const;
 

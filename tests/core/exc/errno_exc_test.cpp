@@ -5,7 +5,9 @@
 #include <gtest/gtest.h>
 
 #include "nelvo/core/exc/runtime_exc.h"
+#include "tests/core/exc/buffers.h"
 #include "tests/core/exc/copies.h"
+#include "tests/support/golden.h"
 
 using posix::errno_exc_t;
 
@@ -98,4 +100,33 @@ TEST(ErrnoExc, WideMessageOutsideTheLocaleThrowsInstead)
                      "UNICODE->ANSI failed",
                      e.what());
     }
+}
+
+TEST(ErrnoExcBuffer, IsWrittenWithoutItsNumber)
+{
+    EXPECT_EQ(Hex(Golden("errno_exc")), Hex(Written(errno_exc_t("message", ENOENT))));
+}
+
+TEST(ErrnoExcBuffer, IsReadIntoABaseObjectWithItsTwoLines)
+{
+    EXPECT_STREQ("No such file or directory\nmessage", Read(Golden("errno_exc")).what());
+}
+
+TEST(ErrnoExcBuffer, ReadingLeavesTheNumber)
+{
+    errno_exc_t e(EACCES);
+    EXPECT_EQ("no failure", ReadFailure(e, Golden("errno_exc")));
+    EXPECT_STREQ("No such file or directory\nmessage", e.what());
+    EXPECT_EQ(static_cast<std::uint32_t>(EACCES), e.GetErrorCode());
+}
+
+TEST(ErrnoExcBuffer, EachCutIsToldAndLeavesTheExceptionAsItWas)
+{
+    ExpectEachCutTold(GoldenFields("errno_exc"), "isbsbii",
+                      [](const std::string& bytes, const std::string& failure)
+                      {
+                          errno_exc_t e(EACCES);
+                          EXPECT_EQ(failure, ReadFailure(e, bytes));
+                          EXPECT_EQ("Permission denied", e.GetFullText());
+                      });
 }

@@ -4,7 +4,9 @@
 
 #include <gtest/gtest.h>
 
+#include "tests/core/exc/buffers.h"
 #include "tests/core/exc/copies.h"
+#include "tests/support/golden.h"
 
 using exc::error_code_t;
 using exc::runtime_exc_t;
@@ -91,5 +93,58 @@ TEST(RuntimeExc, WideTextOutsideTheLocaleThrowsInstead)
         {
             EXPECT_EQ(failure, e.what());
         }
+    }
+}
+
+TEST(RuntimeExcBuffer, IsWrittenAsTheRecordedBytes)
+{
+    EXPECT_EQ(Hex(Golden("runtime_exc")), Hex(Written(runtime_exc_t("failed", error_code_t{0x01020304}))));
+}
+
+TEST(RuntimeExcBuffer, IsReadFromTheRecordedBytes)
+{
+    runtime_exc_t e("old", error_code_t{7});
+    EXPECT_EQ("no failure", ReadFailure(e, Golden("runtime_exc")));
+    EXPECT_EQ("failed", e.GetFullText());
+    EXPECT_EQ(0x01020304u, e.GetErrorCode());
+}
+
+TEST(RuntimeExcBuffer, BaseObjectReadsAllButTheCode)
+{
+    CBufReader reader(ArrayOf(Golden("runtime_exc")));
+    EXPECT_STREQ("failed", exc::exc_base_t(reader).what());
+    EXPECT_EQ(23u, reader.GetPosition());
+    EXPECT_EQ(0x01020304u, reader.ReadUint32());
+}
+
+TEST(RuntimeExcBuffer, KeepsItsThread)
+{
+    runtime_exc_t e = Detailed([] { return runtime_exc_t("A"); });
+    const pthread_t thread = e.GetThreadId();
+    EXPECT_EQ("no failure", ReadFailure(e, Golden("runtime_exc")));
+    EXPECT_EQ(thread, e.GetThreadId());
+}
+
+TEST(RuntimeExcBuffer, EachCutIsToldAndLeavesTheExceptionAsItWas)
+{
+    ExpectEachCutTold(GoldenFields("runtime_exc"), "isbiii",
+                      [](const std::string& bytes, const std::string& failure)
+                      {
+                          runtime_exc_t e("old", error_code_t{7});
+                          e.AddEvent(2, "info");
+                          EXPECT_EQ(failure, ReadFailure(e, bytes));
+                          EXPECT_EQ("old\n--tr:event:2:info", e.GetFullText());
+                          EXPECT_EQ(7u, e.GetErrorCode());
+                      });
+}
+
+TEST(RuntimeExcBuffer, EachFlippedBitIsReadOrTold)
+{
+    for (const std::string& bytes : BitFlips(Golden("runtime_exc")))
+    {
+        runtime_exc_t e("old", error_code_t{7});
+        const bool is_read = ReadFailure(e, bytes) == "no failure";
+        EXPECT_EQ(is_read, e.GetErrorCode() != 7) << Hex(bytes);
+        EXPECT_EQ(is_read, e.GetFullText() != "old") << Hex(bytes);
     }
 }

@@ -1,0 +1,36 @@
+#include "nelvo/core/cnt/array.h"
+
+#include <gtest/gtest.h>
+
+#include "tests/core/cnt/resident_pages.h"
+
+namespace
+{
+
+constexpr std::size_t kGiB = 1073741824;
+
+} // namespace
+
+// One page for the use, and one to which the heap writes its own. All are larger than what glibc ever takes
+// from memory that was in use before.
+
+TEST(ArrayMemory, LargePlainArrayTakesMemoryForWhatIsUsedOfIt)
+{
+    cnt::plain_array_t array(kGiB);
+    array[kGiB / 2] = 'x';
+    EXPECT_GE(2u, ResidentPages(array));
+}
+
+TEST(ArrayMemory, GrowingTouchesTheOldBytesAlone)
+{
+    cnt::plain_array_t array(16);
+    array.resize(kGiB);
+    EXPECT_GE(2u, ResidentPages(array));
+}
+
+TEST(ArrayMemory, NewSecureArrayTakesMemoryForWhatIsUsedOfIt)
+{
+    cnt::secure_array_t array(kGiB / 16);
+    array[kGiB / 32] = 'x';
+    EXPECT_GE(2u, ResidentPages(array));
+}
