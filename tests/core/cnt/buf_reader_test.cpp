@@ -10,6 +10,7 @@
 
 #include "nelvo/core/exc/exc_base.h"
 #include "tests/core/util/failure_text.h"
+#include "tests/support/failing_memory.h"
 #include "tests/support/flat_buffer.h"
 #include "tests/support/golden.h"
 
@@ -350,6 +351,18 @@ TEST(BufReader, FailedReadLeavesTheTargetOfABlob)
     EXPECT_EQ("old", BytesOf(plain));
     EXPECT_EQ("old", BytesOf(secure));
     EXPECT_EQ(3u, plain.capacity()) << "no memory was asked for";
+}
+
+TEST(BufReader, LackOfMemoryIsToldWithItsContext)
+{
+    CBufReader reader(ArrayOf(Unhex("14 00 00 00") + "a text of 20 letters"));
+    EXPECT_EQ("std::bad_alloc\nFailed to extract multi-byte string from buffer .",
+              FailureText(
+                  [&]
+                  {
+                      FailNextAllocation();
+                      reader.ReadString();
+                  }));
 }
 
 TEST(BufReader, EachFlippedBitIsReadOrTold)

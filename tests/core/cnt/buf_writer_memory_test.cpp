@@ -1,5 +1,9 @@
 #include <cstdint>
 #include <limits>
+#include <new>
+#include <string_view>
+
+#include <sys/resource.h>
 
 #include <gtest/gtest.h>
 
@@ -20,4 +24,23 @@ TEST(BufWriterMemory, GreatestLengthOfAllIsReservedInFullAndTouchesNothing)
     writer.ReserveLength(std::numeric_limits<std::uint32_t>::max());
     EXPECT_EQ(std::size_t{4097} * 1048576, writer.GetBuffer()->size());
     EXPECT_GE(2u, ResidentPages(*writer.GetBuffer()));
+}
+
+TEST(BufWriterMemory, TextWithoutRoomForItLeavesNoLengthBehind)
+{
+    // Never looked at.
+    const std::string_view text("", std::numeric_limits<std::uint32_t>::max());
+    cnt::CBufWriter writer;
+    writer.WriteBool(true);
+
+    rlimit limit = {};
+    ASSERT_EQ(0, ::getrlimit(RLIMIT_AS, &limit));
+    const rlimit less = {std::size_t{2} << 30U, limit.rlim_max};
+    ASSERT_EQ(0, ::setrlimit(RLIMIT_AS, &less));
+    EXPECT_THROW(writer.WriteString(text), std::bad_alloc);
+    EXPECT_THROW(writer.WriteBlob(text.size(), text.data()), std::bad_alloc);
+    ASSERT_EQ(0, ::setrlimit(RLIMIT_AS, &limit));
+
+    EXPECT_EQ(1u, writer.GetPosition());
+    EXPECT_EQ(1048576u, writer.GetBuffer()->size());
 }
