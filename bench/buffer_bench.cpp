@@ -1,0 +1,187 @@
+// What do values cost on their way through a flat buffer, next to plain memcpy of the same bytes?
+
+#include "nelvo/core/cnt/buf_reader.h"
+#include "nelvo/core/cnt/buf_writer.h"
+
+#include <cstring>
+#include <string>
+#include <vector>
+
+#include <boost/make_shared.hpp>
+
+#include "bench/support/figure.h"
+
+namespace
+{
+
+constexpr int kRecords = 1000;
+const std::string kText = "a text of 24 characters.";
+constexpr std::size_t kRecordSize = 1 + 4 + 8 + 4 + 24;
+
+// Puts values behind each other into memory that is large enough.
+class plain_writer_t
+{
+public:
+    explicit plain_writer_t(char* place) : m_place(place) {}
+
+    template <class Value>
+    void Write(const Value& value)
+    {
+        Write(&value, sizeof(value));
+    }
+
+    void Write(const void* data, std::size_t size)
+    {
+        std::memcpy(m_place, data, size);
+        m_place += size;
+    }
+
+private:
+    char* m_place;
+};
+
+void WriteRecords(cnt::CBufWriter& writer)
+{
+    for (int i = 0; i != kRecords; ++i)
+    {
+        writer.WriteBool(true);
+        writer.WriteInt32(i);
+        writer.WriteInt64(std::int64_t{i});
+        writer.WriteString(kText);
+    }
+}
+
+void AddRecordsWritten()
+{
+    static cnt::CBufWriter writer;
+    static std::vector<char> plain(kRecords * kRecordSize);
+    static std::string text;
+    figure_t("1000 records written")
+        .Ours(
+            []
+            {
+                writer.Rewind();
+                WriteRecords(writer);
+                return writer.GetPosition();
+            })
+        .Against("std::string", 1.5,
+                 []
+                 {
+                     text.clear();
+                     const auto append = [](const auto& value)
+                     { text.append(reinterpret_cast<const char*>(&value), sizeof(value)); };
+                     for (int i = 0; i != kRecords; ++i)
+                     {
+                         append(true);
+                         append(i);
+                         append(std::int64_t{i});
+                         append(static_cast<std::uint32_t>(kText.size()));
+                         text += kText;
+                     }
+                     return text.size();
+                 })
+        .Against("memcpy",
+                 []
+                 {
+                     plain_writer_t plain_writer(plain.data());
+                     for (int i = 0; i != kRecords; ++i)
+                     {
+                         plain_writer.Write(true);
+                         plain_writer.Write(i);
+                         plain_writer.Write(std::int64_t{i});
+                         plain_writer.Write(static_cast<std::uint32_t>(kText.size()));
+                         plain_writer.Write(kText.data(), kText.size());
+                     }
+                     benchmark::ClobberMemory();
+                     return plain.data();
+                 });
+}
+
+std::uint64_t SumOfRecords(CBufReader& reader)
+{
+    std::uint64_t sum = 0;
+    for (int i = 0; i != kRecords; ++i)
+    {
+        sum += reader.ReadBool() ? 1U : 0U;
+        sum += reader.ReadUint32();
+        sum += reader.ReadUint64();
+        sum += reader.ReadString().size();
+    }
+    return sum;
+}
+
+template <class Value>
+Value TakeValue(const char*& place)
+{
+    Value value;
+    std::memcpy(&value, place, sizeof(value));
+    place += sizeof(value);
+    return value;
+}
+
+// Checks nothing.
+std::uint64_t SumOfPlainRecords(const char* place)
+{
+    std::uint64_t sum = 0;
+    for (int i = 0; i != kRecords; ++i)
+    {
+        sum += TakeValue<bool>(place) ? 1U : 0U;
+        sum += TakeValue<std::uint32_t>(place);
+        sum += TakeValue<std::uint64_t>(place);
+        const auto size = TakeValue<std::uint32_t>(place);
+        sum += std::string(place, size).size();
+        place += size;
+    }
+    return sum;
+}
+
+void AddRecordsRead()
+{
+    static const auto buffer = []
+    {
+        cnt::CBufWriter writer;
+        WriteRecords(writer);
+        return writer.GetBuffer();
+    }();
+    figure_t("1000 records read")
+        .Ours(
+            []
+            {
+                CBufReader reader(buffer);
+                return SumOfRecords(reader);
+            })
+        .Against("memcpy", 2, [] { return SumOfPlainRecords(buffer->data()); });
+}
+
+void AddBlob()
+{
+    constexpr std::size_t kSize = 1048576 - 4;
+    static const std::string blob(kSize, 'x');
+    static cnt::CBufWriter writer;
+    static std::vector<char> plain(kSize + 4);
+    figure_t("blob of 1 MiB written")
+        .Ours(
+            []
+            {
+                writer.Rewind();
+                writer.WriteBlob(blob.size(), blob.data());
+                return writer.GetPosition();
+            })
+        .Against("memcpy", 1.2,
+                 []
+                 {
+                     // To a place like that of ours, for it matters how source and target lie to each other.
+                     std::memcpy(plain.data() + 4, blob.data(), blob.size());
+                     benchmark::ClobberMemory();
+                     return plain.data();
+                 });
+}
+
+} // namespace
+
+void AddFigures()
+{
+    AddRecordsWritten();
+    AddRecordsRead();
+    AddBlob();
+}
