@@ -5,9 +5,8 @@
 
 #include <cstring>
 #include <string>
+#include <string_view>
 #include <vector>
-
-#include <boost/make_shared.hpp>
 
 #include "bench/support/figure.h"
 
@@ -15,7 +14,7 @@ namespace
 {
 
 constexpr int kRecords = 1000;
-const std::string kText = "a text of 24 characters.";
+constexpr std::string_view kText = "a text of 24 characters.";
 constexpr std::size_t kRecordSize = 1 + 4 + 8 + 4 + 24;
 
 // Puts values behind each other into memory that is large enough.

@@ -3,10 +3,7 @@
 //
 // Each work is done in a process of its own, which tells the page faults by its exit status.
 
-#include <cerrno>
-#include <cstdint>
-#include <cstring>
-#include <functional>
+#include <algorithm>
 #include <iostream>
 #include <spawn.h>
 #include <stdexcept>
@@ -56,17 +53,21 @@ catch (std::exception&)
     return;
 }
 
+void ReadFalseLength() { ReadText("\x00\x00\x40\x1f", 4); }
+
+void ReadCutLength() { ReadText("\x00\x00", 2); }
+
 struct work_t
 {
     const char* name;
-    std::function<void()> work;
+    void (*work)();
 };
 
-const work_t kWorks[] = {
+constexpr work_t kWorks[] = {
     {"message", WriteMessage},
     {"mebibyte", FillMebibyte},
-    {"false length", [] { ReadText("\x00\x00\x40\x1f", 4); }},
-    {"cut length", [] { ReadText("\x00\x00", 2); }},
+    {"false length", ReadFalseLength},
+    {"cut length", ReadCutLength},
 };
 
 long Faults()
