@@ -1,47 +1,85 @@
 #include "nelvo/io/binary_value.h"
 
+#include <algorithm>
 #include <cstdlib>
 #include <cstring>
 #include <memory>
 #include <new>
+#include <type_traits>
 
 #include "nelvo/core/exc/runtime_exc.h"
 #include "nelvo/core/util/numeric_cast.h"
+#include "nelvo/crypto/sec_allocator.h"
 
 namespace io
 {
 namespace
 {
 
+// A length up to here costs little even if it is false, and its bytes are read to where they stay.
+constexpr std::uint32_t kShortLength = 4096;
+
 std::uint32_t CheckedLength(std::uint64_t length) { return util::NumericCast<std::uint32_t>(length); }
 
-void ReadSized(io_dev_t& stream, void* buffer, std::uint32_t length)
+void CheckReceived(std::uint64_t received, std::uint32_t length)
 {
-    const auto received = static_cast<std::int64_t>(stream.read(buffer, length));
-    if (received != length)
+    const auto count = static_cast<std::int64_t>(received);
+    if (count != length)
         throw exc::runtime_exc_t(
             "Failed to retrieve string from the IO device: received less bytes (%1) than expected (%2).",
-            received, length);
+            count, length);
+}
+
+std::string ReadShortString(io_dev_t& stream, std::uint32_t length)
+{
+    std::string text(length, '\0');
+    if (length != 0)
+        CheckReceived(stream.read(text.data(), length), length);
+    return text;
+}
+
+std::string ReadLongString(io_dev_t& stream, std::uint32_t length)
+{
+    // One more than the longest length needs 64 bits. calloc gives large blocks untouched.
+    const std::unique_ptr<char, decltype(&std::free)> buffer(
+        static_cast<char*>(std::calloc(std::size_t{length} + 1, 1)), &std::free);
+    if (buffer == nullptr)
+        throw std::bad_alloc();
+    CheckReceived(stream.read(buffer.get(), length), length);
+    return std::string(buffer.get(), length);
+}
+
+// Wipes what was filled of a block: to wipe the rest would touch all that a false length asks for.
+struct secret_deleter_t
+{
+    void operator()(char* block) const noexcept { crypto::sec_allocator_t<char>().deallocate(block, filled); }
+
+    std::size_t filled;
+};
+
+cnt::secure_array_t ReadLongSecret(io_dev_t& stream, std::uint32_t length)
+{
+    std::unique_ptr<char, secret_deleter_t> block(crypto::sec_allocator_t<char>().allocate(length), {length});
+    const std::uint64_t received = stream.read(block.get(), length);
+    block.get_deleter().filled = std::min<std::uint64_t>(received, length);
+    CheckReceived(received, length);
+    return {block.get(), length};
 }
 
 } // namespace
 
-void WriteExactly(io_dev_t& stream, const void* data, std::uint64_t count)
+void ThrowShortWrite(std::uint64_t written, std::uint64_t expected)
 {
-    const std::uint64_t written = stream.write(data, count);
-    if (written != count)
-        throw exc::runtime_exc_t(
-            "Failed to write value to the binary stream: written less bytes (%1) than expected (%2).",
-            written, count);
+    throw exc::runtime_exc_t(
+        "Failed to write value to the binary stream: written less bytes (%1) than expected (%2).", written,
+        expected);
 }
 
-void ReadExactly(io_dev_t& stream, void* buffer, std::uint64_t count)
+void ThrowShortRead(std::uint64_t received, std::uint64_t expected)
 {
-    const std::uint64_t received = stream.read(buffer, count);
-    if (received != count)
-        throw exc::runtime_exc_t(
-            "Failed to retrieve value from the binary stream: received less bytes (%1) than expected (%2).",
-            received, count);
+    throw exc::runtime_exc_t(
+        "Failed to retrieve value from the binary stream: received less bytes (%1) than expected (%2).",
+        received, expected);
 }
 
 void WriteString(io_dev_t& stream, std::string_view text)
@@ -53,15 +91,7 @@ void WriteString(io_dev_t& stream, std::string_view text)
 std::string ReadString(io_dev_t& stream)
 {
     const auto length = ReadValue<std::uint32_t>(stream);
-    if (length == 0)
-        return {};
-    // One more than the longest length needs 64 bits. calloc gives large blocks untouched.
-    const std::unique_ptr<char, decltype(&std::free)> buffer(
-        static_cast<char*>(std::calloc(std::size_t{length} + 1, 1)), &std::free);
-    if (buffer == nullptr)
-        throw std::bad_alloc();
-    ReadSized(stream, buffer.get(), length);
-    return std::string(buffer.get(), length);
+    return length <= kShortLength ? ReadShortString(stream, length) : ReadLongString(stream, length);
 }
 
 void WriteOptionalString(io_dev_t& stream, const std::optional<std::string>& value)
@@ -81,9 +111,13 @@ std::optional<std::string> ReadOptionalString(io_dev_t& stream)
 template <class Array>
 Array ReadArray(io_dev_t& stream)
 {
-    Array bytes(ReadValue<std::uint32_t>(stream));
-    if (!bytes.empty())
-        ReadSized(stream, bytes.data(), static_cast<std::uint32_t>(bytes.size()));
+    const auto length = ReadValue<std::uint32_t>(stream);
+    if constexpr (std::is_same_v<Array, cnt::secure_array_t>)
+        if (length > kShortLength)
+            return ReadLongSecret(stream, length);
+    Array bytes(length);
+    if (length != 0)
+        CheckReceived(stream.read(bytes.data(), length), length);
     return bytes;
 }
 

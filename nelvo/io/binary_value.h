@@ -27,17 +27,33 @@
 namespace io
 {
 
-// A short transfer: "Failed to write value to the binary stream: written less bytes (<written>) than expected
-// (<expected>)." and "Failed to retrieve value from the binary stream: received less bytes (<received>) than
-// expected (<expected>)."
-void WriteExactly(io_dev_t& stream, const void* data, std::uint64_t count);
-void ReadExactly(io_dev_t& stream, void* buffer, std::uint64_t count);
+// What the functions here throw on a short transfer: "Failed to write value to the binary stream: written
+// less bytes (<written>) than expected (<expected>)." and "Failed to retrieve value from the binary stream:
+// received less bytes (<received>) than expected (<expected>)."
+[[noreturn]] void ThrowShortWrite(std::uint64_t written, std::uint64_t expected);
+[[noreturn]] void ThrowShortRead(std::uint64_t received, std::uint64_t expected);
+
+// In this header, so that a value costs its call of the device and a comparison.
+inline void WriteExactly(io_dev_t& stream, const void* data, std::uint64_t count)
+{
+    const std::uint64_t written = stream.write(data, count);
+    if (written != count)
+        ThrowShortWrite(written, count);
+}
+
+inline void ReadExactly(io_dev_t& stream, void* buffer, std::uint64_t count)
+{
+    const std::uint64_t received = stream.read(buffer, count);
+    if (received != count)
+        ThrowShortRead(received, count);
+}
 
 // The widths that the encoding has.
 template <class Value>
-constexpr bool kIsStreamValue = (std::is_integral_v<Value> || std::is_enum_v<Value>)&&(sizeof(Value) == 1 ||
-                                                                                       sizeof(Value) == 4 ||
-                                                                                       sizeof(Value) == 8);
+constexpr bool kIsStreamValue = std::is_enum_v<Value>
+                                    ? sizeof(Value) <= 4
+                                    : std::is_integral_v<Value> &&
+                                          (sizeof(Value) == 1 || sizeof(Value) == 4 || sizeof(Value) == 8);
 
 template <class Value>
 void WriteValue(io_dev_t& stream, Value value)
@@ -83,22 +99,25 @@ std::optional<Value> ReadOptionalValue(io_dev_t& stream)
     return ReadValue<Value>(stream);
 }
 
-// A text of 4 GiB or more is "Unable to cast value from [m] to [j]." What the device says to the bytes
-// themselves is not looked at; an empty text writes them too, with a count of 0.
+// A text of 4 GiB or more is "Unable to cast value from [m] to [j]." An empty text writes its bytes too, with
+// a count of 0.
+//
+// Only the length must be taken whole: a device that leaves some of the bytes is not noticed.
 // Kept: BinaryValue.ShortWriteOfAStringsBytesIsNotNoticed
 void WriteString(io_dev_t& stream, std::string_view text);
 
 // A short read is "Failed to retrieve string from the IO device: received less bytes (<received>) than
 // expected
 // (<expected>)." with received as a signed number. For a length of 0 nothing more is read. The length is not
-// limited: memory for all of it is asked for before the bytes are read (std::bad_alloc), but only touched as
-// far as they come.
+// limited: memory for all of it is asked for before the bytes are read (std::bad_alloc), but above a few
+// kibibytes only touched as far as they come.
 std::string ReadString(io_dev_t& stream);
 
 void WriteOptionalString(io_dev_t& stream, const std::optional<std::string>& value);
 std::optional<std::string> ReadOptionalString(io_dev_t& stream);
 
-// A byte array, as WriteString and ReadString do it, with their texts.
+// A byte array, as WriteString and ReadString do it, with their texts. What was read of a secure one is wiped
+// when it turns out too short.
 template <class Array>
 void WriteArray(io_dev_t& stream, const Array& bytes)
 {
