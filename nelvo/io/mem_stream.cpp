@@ -11,6 +11,21 @@
 
 namespace io
 {
+namespace
+{
+
+// Nearly all that records write and read has one of two sizes, for which no function need be called.
+void CopyBytes(void* target, const void* source, std::uint64_t count)
+{
+    if (count == sizeof(std::uint32_t))
+        std::memcpy(target, source, sizeof(std::uint32_t));
+    else if (count == sizeof(std::uint64_t))
+        std::memcpy(target, source, sizeof(std::uint64_t));
+    else if (count != 0)
+        std::memcpy(target, source, count);
+}
+
+} // namespace
 
 template <class Array>
 mem_dev_tt<Array>::mem_dev_tt() : mem_dev_tt(boost::make_shared<Array>())
@@ -25,14 +40,14 @@ mem_dev_tt<Array>::mem_dev_tt(boost::shared_ptr<Array> array) : m_array(std::mov
 template <class Array>
 std::uint64_t mem_dev_tt<Array>::write(const void* data, std::uint64_t count)
 {
-    if (count == 0)
-        return 0;
-    if (count > UINT64_MAX - m_offset)
+    Array& array = *m_array;
+    const std::uint64_t end = m_offset + count;
+    if (end < count)
         throw std::bad_alloc();
-    if (m_offset + count > m_array->size())
-        m_array->resize(m_offset + count);
-    std::memcpy(m_array->data() + m_offset, data, count);
-    m_offset += count;
+    if (end > array.size())
+        array.resize(end);
+    CopyBytes(array.data() + m_offset, data, count);
+    m_offset = end;
     return count;
 }
 
@@ -40,9 +55,7 @@ template <class Array>
 std::uint64_t mem_dev_tt<Array>::read(void* buffer, std::uint64_t count)
 {
     const std::uint64_t delivered = std::min(count, GetRemaining());
-    if (delivered == 0)
-        return 0;
-    std::memcpy(buffer, m_array->data() + m_offset, delivered);
+    CopyBytes(buffer, m_array->data() + m_offset, delivered);
     m_offset += delivered;
     return delivered;
 }
@@ -62,7 +75,7 @@ std::uint64_t mem_dev_tt<Array>::GetRemaining() const
 template <class Array>
 void mem_dev_tt<Array>::SeekRelative(std::uint64_t size)
 {
-    if (size > GetRemaining())
+    if (m_offset > m_array->size() || size > GetRemaining())
         throw exc::runtime_exc_t(
             "Failed to seek memory stream pointer : out of the buffer (buffer size '%1', current offset '%2', seek size '%3').",
             m_array->size(), m_offset, size);
@@ -87,6 +100,12 @@ mem_stream_tt<Array>::mem_stream_tt() : binary_stream_tt(boost::make_shared<mem_
 template <class Array>
 mem_stream_tt<Array>::mem_stream_tt(const boost::shared_ptr<Array>& array)
     : binary_stream_tt(boost::make_shared<mem_dev_tt<Array>>(array))
+{
+}
+
+template <class Array>
+mem_stream_tt<Array>::mem_stream_tt(as_it_is_t, boost::shared_ptr<io_dev_t> device)
+    : binary_stream_tt(std::move(device))
 {
 }
 

@@ -28,8 +28,9 @@ public:
     mem_dev_tt();
     explicit mem_dev_tt(boost::shared_ptr<Array> array);
 
-    // Writes over what stands at the offset and grows the array as far as needed. Takes all, or throws
-    // std::bad_alloc and changes nothing.
+    // Writes over what stands at the offset and grows the array as far as needed; bytes that are left out
+    // before an offset beyond the end are zero. Takes all, or throws std::bad_alloc and changes nothing. The
+    // data must not lie within the array.
     std::uint64_t write(const void* data, std::uint64_t count) override;
 
     // What is there, up to the count; 0 at the end.
@@ -38,7 +39,7 @@ public:
     const boost::shared_ptr<Array>& GetArray() const { return m_array; }
     std::uint64_t GetOffset() const { return m_offset; }
 
-    // Null if the array is empty.
+    // Null if the array is empty. Holds until the array grows.
     char* GetCurrentPointer() const;
 
     // The bytes from the offset to the array's end; 0 if the array has shrunk below the offset.
@@ -69,6 +70,9 @@ public:
     boost::shared_ptr<mem_dev_tt<Array>> GetMemDevice() const;
     boost::shared_ptr<Array> GetArray() const;
     std::uint64_t GetRemaining() const;
+
+protected:
+    mem_stream_tt(as_it_is_t, boost::shared_ptr<io_dev_t> device);
 };
 
 using plain_mem_dev_t = mem_dev_tt<cnt::plain_array_t>;
