@@ -30,14 +30,6 @@ void CheckReceived(std::uint64_t received, std::uint32_t length)
             count, length);
 }
 
-std::string ReadShortString(io_dev_t& stream, std::uint32_t length)
-{
-    std::string text(length, '\0');
-    if (length != 0)
-        CheckReceived(stream.read(text.data(), length), length);
-    return text;
-}
-
 std::string ReadLongString(io_dev_t& stream, std::uint32_t length)
 {
     // One more than the longest length needs 64 bits. calloc gives large blocks untouched.
@@ -47,6 +39,21 @@ std::string ReadLongString(io_dev_t& stream, std::uint32_t length)
         throw std::bad_alloc();
     CheckReceived(stream.read(buffer.get(), length), length);
     return std::string(buffer.get(), length);
+}
+
+// The text is empty.
+void ReadInto(io_dev_t& stream, std::string& text)
+{
+    const auto length = ReadValue<std::uint32_t>(stream);
+    if (length == 0)
+        return;
+    if (length > kShortLength)
+    {
+        text = ReadLongString(stream, length);
+        return;
+    }
+    text.resize(length);
+    CheckReceived(stream.read(text.data(), length), length);
 }
 
 // Wipes what was filled of a block: to wipe the rest would touch all that a false length asks for.
@@ -90,8 +97,9 @@ void WriteString(io_dev_t& stream, std::string_view text)
 
 std::string ReadString(io_dev_t& stream)
 {
-    const auto length = ReadValue<std::uint32_t>(stream);
-    return length <= kShortLength ? ReadShortString(stream, length) : ReadLongString(stream, length);
+    std::string text;
+    ReadInto(stream, text);
+    return text;
 }
 
 void WriteOptionalString(io_dev_t& stream, const std::optional<std::string>& value)
@@ -103,9 +111,10 @@ void WriteOptionalString(io_dev_t& stream, const std::optional<std::string>& val
 
 std::optional<std::string> ReadOptionalString(io_dev_t& stream)
 {
-    if (!ReadValue<bool>(stream))
-        return std::nullopt;
-    return ReadString(stream);
+    std::optional<std::string> value;
+    if (ReadValue<bool>(stream))
+        ReadInto(stream, value.emplace());
+    return value;
 }
 
 template <class Array>

@@ -1,12 +1,12 @@
 #include "nelvo/io/buffered_stream.h"
 
 #include <algorithm>
-#include <cstring>
 #include <exception>
 #include <utility>
 
 #include <boost/make_shared.hpp>
 
+#include "nelvo/core/cnt/array.h"
 #include "nelvo/core/exc/runtime_exc.h"
 #include "nelvo/logging/channels.h"
 #include "nelvo/logging/log_exception.h"
@@ -78,16 +78,9 @@ void buffered_io_dev_t::WriteInPieces(const char* data, std::uint64_t count)
     }
 }
 
-// The sizes of nearly all values are copied without a call.
 void buffered_io_dev_t::Append(const void* data, std::uint64_t count)
 {
-    char* const free_part = m_buffer.data() + m_used;
-    if (count == sizeof(std::uint32_t))
-        std::memcpy(free_part, data, sizeof(std::uint32_t));
-    else if (count == sizeof(std::uint64_t))
-        std::memcpy(free_part, data, sizeof(std::uint64_t));
-    else if (count != 0)
-        std::memcpy(free_part, data, count);
+    cnt::CopyBytes(m_buffer.data() + m_used, data, count);
     m_used += count;
 }
 

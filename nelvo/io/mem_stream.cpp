@@ -1,7 +1,6 @@
 #include "nelvo/io/mem_stream.h"
 
 #include <algorithm>
-#include <cstring>
 #include <new>
 #include <utility>
 
@@ -14,16 +13,8 @@ namespace io
 namespace
 {
 
-// Nearly all that records write and read has one of two sizes, for which no function need be called.
-void CopyBytes(void* target, const void* source, std::uint64_t count)
-{
-    if (count == sizeof(std::uint32_t))
-        std::memcpy(target, source, sizeof(std::uint32_t));
-    else if (count == sizeof(std::uint64_t))
-        std::memcpy(target, source, sizeof(std::uint64_t));
-    else if (count != 0)
-        std::memcpy(target, source, count);
-}
+constexpr std::uint64_t kNumberSize = sizeof(std::uint32_t);
+constexpr std::uint64_t kLongNumberSize = sizeof(std::uint64_t);
 
 } // namespace
 
@@ -37,25 +28,61 @@ mem_dev_tt<Array>::mem_dev_tt(boost::shared_ptr<Array> array) : m_array(std::mov
 {
 }
 
+// Nearly all that records write and read has one of two sizes. Those that need no more memory are copied
+// right here, without a call or a register to be saved; the rest is left to a function of its own.
+
 template <class Array>
 std::uint64_t mem_dev_tt<Array>::write(const void* data, std::uint64_t count)
 {
     Array& array = *m_array;
+    if ((count == kNumberSize || count == kLongNumberSize) && m_offset == array.size() &&
+        count <= array.spare())
+    {
+        array.append(static_cast<const char*>(data), count);
+        m_offset += count;
+        return count;
+    }
+    return WriteAny(data, count);
+}
+
+template <class Array>
+std::uint64_t mem_dev_tt<Array>::WriteAny(const void* data, std::uint64_t count)
+{
     const std::uint64_t end = m_offset + count;
     if (end < count)
         throw std::bad_alloc();
-    if (end > array.size())
-        array.resize(end);
-    CopyBytes(array.data() + m_offset, data, count);
+    if (m_offset == m_array->size())
+        m_array->append(static_cast<const char*>(data), count);
+    else
+        WriteOver(data, count);
     m_offset = end;
     return count;
 }
 
 template <class Array>
+void mem_dev_tt<Array>::WriteOver(const void* data, std::uint64_t count)
+{
+    m_array->resize(std::max<std::uint64_t>(m_array->size(), m_offset + count));
+    cnt::CopyBytes(m_array->data() + m_offset, data, count);
+}
+
+template <class Array>
 std::uint64_t mem_dev_tt<Array>::read(void* buffer, std::uint64_t count)
 {
+    if ((count == kNumberSize || count == kLongNumberSize) && count <= GetRemaining())
+    {
+        cnt::CopyBytes(buffer, m_array->data() + m_offset, count);
+        m_offset += count;
+        return count;
+    }
+    return ReadAny(buffer, count);
+}
+
+template <class Array>
+std::uint64_t mem_dev_tt<Array>::ReadAny(void* buffer, std::uint64_t count)
+{
     const std::uint64_t delivered = std::min(count, GetRemaining());
-    CopyBytes(buffer, m_array->data() + m_offset, delivered);
+    cnt::CopyBytes(buffer, m_array->data() + m_offset, delivered);
     m_offset += delivered;
     return delivered;
 }

@@ -53,6 +53,10 @@ public:
     void SeekAbsolute(std::uint64_t offset);
 
 private:
+    [[gnu::noinline]] std::uint64_t WriteAny(const void* data, std::uint64_t count);
+    void WriteOver(const void* data, std::uint64_t count);
+    [[gnu::noinline]] std::uint64_t ReadAny(void* buffer, std::uint64_t count);
+
     boost::shared_ptr<Array> m_array;
     std::uint64_t m_offset = 0;
 };

@@ -12,7 +12,7 @@ namespace cnt
 namespace
 {
 
-// Zeroed blocks of a known size.
+// Zeroed blocks of a known size. What a block grows by is not zeroed.
 template <class Allocator>
 struct heap_tt;
 
@@ -26,6 +26,14 @@ struct heap_tt<std::allocator<char>>
             throw std::bad_alloc();
         return static_cast<char*>(block);
     }
+    // Large blocks stay where they are, or the system moves their pages without copying them.
+    static char* Grow(char* block, std::size_t, std::size_t new_size)
+    {
+        void* const grown = std::realloc(block, new_size);
+        if (grown == nullptr)
+            throw std::bad_alloc();
+        return static_cast<char*>(grown);
+    }
     static void Give(char* block, std::size_t) noexcept { std::free(block); }
 };
 
@@ -33,6 +41,16 @@ template <>
 struct heap_tt<crypto::sec_allocator_t<char>>
 {
     static char* Take(std::size_t size) { return crypto::sec_allocator_t<char>().allocate(size); }
+    static char* Grow(char* block, std::size_t old_size, std::size_t new_size)
+    {
+        char* const grown = Take(new_size);
+        if (block != nullptr)
+        {
+            std::memcpy(grown, block, old_size);
+            Give(block, old_size);
+        }
+        return grown;
+    }
     static void Give(char* block, std::size_t size) noexcept
     {
         crypto::sec_allocator_t<char>().deallocate(block, size);
@@ -48,15 +66,6 @@ void ThrowOutOfBound(std::uint64_t index, std::uint64_t size)
 }
 
 template <class T, class Allocator>
-T* array_t<T, Allocator>::NewBlock(std::size_t size)
-{
-    // Beyond this, pointers can't be subtracted.
-    if (size > PTRDIFF_MAX)
-        throw std::bad_alloc();
-    return heap_tt<Allocator>::Take(size);
-}
-
-template <class T, class Allocator>
 void array_t<T, Allocator>::FreeBlock(T* block, std::size_t size) noexcept
 {
     if (block != nullptr)
@@ -64,11 +73,21 @@ void array_t<T, Allocator>::FreeBlock(T* block, std::size_t size) noexcept
 }
 
 template <class T, class Allocator>
+std::size_t array_t<T, Allocator>::GrownCapacity(std::size_t growth) const
+{
+    // Beyond this, pointers can't be subtracted.
+    if (growth > PTRDIFF_MAX - size())
+        throw std::bad_alloc();
+    return size() + std::max(size(), growth);
+}
+
+// Into new memory, so that what is added is zero without being touched.
+template <class T, class Allocator>
 void array_t<T, Allocator>::Move(std::size_t needed)
 {
     const std::size_t old_size = size();
-    const std::size_t new_capacity = old_size + std::max(old_size, needed - old_size);
-    T* const block = NewBlock(new_capacity);
+    const std::size_t new_capacity = GrownCapacity(needed - old_size);
+    T* const block = heap_tt<Allocator>::Take(new_capacity);
     if (old_size != 0)
         std::memcpy(block, m_begin, old_size);
     FreeBlock(m_begin, capacity());
@@ -78,18 +97,30 @@ void array_t<T, Allocator>::Move(std::size_t needed)
 }
 
 template <class T, class Allocator>
+void array_t<T, Allocator>::MakeRoom(std::size_t growth)
+{
+    const std::size_t old_size = size();
+    const std::size_t new_capacity = GrownCapacity(growth);
+    m_begin = heap_tt<Allocator>::Grow(m_begin, capacity(), new_capacity);
+    m_end = m_begin + old_size;
+    m_end_of_capacity = m_begin + new_capacity;
+}
+
+template <class T, class Allocator>
 void array_t<T, Allocator>::assign(const T* data, std::size_t size)
 {
     if (size > capacity())
     {
-        array_t copy(size);
-        std::memcpy(copy.m_begin, data, size);
+        array_t copy;
+        copy.append(data, size);
         swap(copy);
         return;
     }
     if (size != 0)
         std::memmove(m_begin, data, size);
-    resize(size);
+    if (size < this->size())
+        resize(size);
+    m_end = m_begin + size;
 }
 
 template class array_t<char, std::allocator<char>>;

@@ -27,6 +27,18 @@ namespace cnt
 // size: [<size>]."
 [[noreturn]] void ThrowOutOfBound(std::uint64_t index, std::uint64_t size);
 
+// Copies bytes as std::memcpy does. Nearly all that records write and read has a size of 4 or 8 bytes, for
+// which no function need be called. For a size of 0 either pointer may be null.
+inline void CopyBytes(void* target, const void* source, std::size_t size)
+{
+    if (size == sizeof(std::uint32_t))
+        std::memcpy(target, source, sizeof(std::uint32_t));
+    else if (size == sizeof(std::uint64_t))
+        std::memcpy(target, source, sizeof(std::uint64_t));
+    else if (size != 0)
+        std::memcpy(target, source, size);
+}
+
 template <class T, class Allocator>
 class array_t;
 
@@ -65,6 +77,9 @@ public:
     std::size_t capacity() const { return static_cast<std::size_t>(m_end_of_capacity - m_begin); }
     bool empty() const { return m_begin == m_end; }
 
+    // What can be added without moving.
+    std::size_t spare() const { return static_cast<std::size_t>(m_end_of_capacity - m_end); }
+
     T* begin() { return m_begin; }
     T* end() { return m_end; }
     const T* begin() const { return m_begin; }
@@ -85,9 +100,21 @@ public:
     {
         if (size > capacity())
             Move(size);
+        else if (size > this->size())
+            std::memset(m_end, 0, size - this->size());
         else if (size < this->size())
             std::memset(m_begin + size, 0, this->size() - size);
         m_end = m_begin + size;
+    }
+
+    // Adds bytes at the end, as resize does but for zeroing them first. The data does not lie within the
+    // array, and is not null unless the size is 0.
+    void append(const T* data, std::size_t size)
+    {
+        if (size > spare())
+            MakeRoom(size);
+        CopyBytes(m_end, data, size);
+        m_end += size;
     }
 
     // Replaces the contents. The data may lie within the array. It is not null unless the size is 0.
@@ -102,11 +129,11 @@ public:
     friend bool operator!=(const array_t& left, const array_t& right) { return !(left == right); }
 
 private:
-    static T* NewBlock(std::size_t size);
     static void FreeBlock(T* block, std::size_t size) noexcept;
+    std::size_t GrownCapacity(std::size_t growth) const;
     void Move(std::size_t needed);
+    void MakeRoom(std::size_t growth);
 
-    // The bytes between the end and the end of the capacity are zero at all times.
     T* m_begin = nullptr;
     T* m_end = nullptr;
     T* m_end_of_capacity = nullptr;

@@ -1,6 +1,8 @@
 #include "nelvo/core/cnt/array.h"
 
 #include <cstdint>
+#include <cstdlib>
+#include <cstring>
 #include <limits>
 #include <new>
 #include <string>
@@ -145,6 +147,53 @@ TYPED_TEST(Array, MoveAndSwapTakeTheMemoryAlong)
     moved = std::move(other);
     EXPECT_EQ(place, moved.data());
     EXPECT_EQ("abc", this->Bytes(moved));
+}
+
+TYPED_TEST(Array, AppendAddsBytesAtTheEnd)
+{
+    TypeParam array;
+    array.append(nullptr, 0);
+    EXPECT_EQ(nullptr, array.data());
+    std::string expected;
+    for (const std::string bytes : {"a", "", "bcde", "12345678", "a longer text"})
+    {
+        array.append(bytes.data(), bytes.size());
+        expected += bytes;
+        EXPECT_EQ(expected, this->Bytes(array));
+    }
+}
+
+TYPED_TEST(Array, AppendMakesRoomAsResizeDoes)
+{
+    TypeParam array = this->Of("0123456789");
+    EXPECT_EQ(0u, array.spare());
+    array.append("a", 1);
+    EXPECT_EQ(20u, array.capacity());
+    EXPECT_EQ(9u, array.spare());
+    const char* const before = array.data();
+    array.append("bcdefghij", 9);
+    EXPECT_EQ(before, array.data());
+    array.append("012345678901234567890", 21);
+    EXPECT_EQ(41u, array.capacity());
+}
+
+TYPED_TEST(Array, BytesThatComeAfterAnAppendAreZero)
+{
+    // What the memory held before.
+    ::free(std::memset(::malloc(64), 'x', 64));
+    TypeParam array;
+    array.append(std::string(30, 'a').data(), 30);
+    array.append("b", 1);
+    array.resize(60);
+    EXPECT_EQ(std::string(30, 'a') + 'b' + std::string(29, '\0'), this->Bytes(array));
+}
+
+TYPED_TEST(Array, AppendThatNoMemoryHasLeavesTheArray)
+{
+    TypeParam array = this->Of("abc");
+    for (const std::size_t size : {std::numeric_limits<std::size_t>::max(), std::size_t{PTRDIFF_MAX} - 2})
+        EXPECT_THROW(array.append("x", size), std::bad_alloc) << size;
+    EXPECT_EQ("abc", this->Bytes(array));
 }
 
 TYPED_TEST(Array, AssignReplacesTheContents)

@@ -38,6 +38,11 @@ TEST(SecureArray, GrowingLeavesZerosWhereTheBytesStood)
     EXPECT_EQ("\0\0\0\0\0\0"s, Freed([](cnt::secure_array_t& array) { array.resize(7); }));
 }
 
+TEST(SecureArray, AppendingLeavesZerosWhereTheBytesStood)
+{
+    EXPECT_EQ("\0\0\0\0\0\0"s, Freed([](cnt::secure_array_t& array) { array.append("x", 1); }));
+}
+
 TEST(SecureArray, LongerContentsLeaveZerosWhereTheOldOnesStood)
 {
     EXPECT_EQ("\0\0\0\0\0\0"s,
