@@ -6,7 +6,7 @@
 
 #include "nelvo/core/date_time.h"
 #include "nelvo/core/exc/runtime_exc.h"
-#include "tests/fs/thrown.h"
+#include "tests/support/thrown.h"
 #include "tests/support/time_zone.h"
 
 using datetime::CDateTime;

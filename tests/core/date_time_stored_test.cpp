@@ -12,7 +12,7 @@
 #include "nelvo/core/date_time.h"
 #include "nelvo/core/exc/runtime_exc.h"
 #include "nelvo/io/mem_stream.h"
-#include "tests/fs/thrown.h"
+#include "tests/support/thrown.h"
 #include "tests/support/golden.h"
 
 using datetime::CDateTime;

@@ -11,7 +11,7 @@
 #include <gtest/gtest.h>
 
 #include "nelvo/core/exc/runtime_exc.h"
-#include "tests/fs/thrown.h"
+#include "tests/support/thrown.h"
 #include "tests/support/time_zone.h"
 
 using datetime::CDateTime;

@@ -3,7 +3,7 @@
 #include <gtest/gtest.h>
 
 #include "nelvo/core/exc/runtime_exc.h"
-#include "tests/fs/thrown.h"
+#include "tests/support/thrown.h"
 
 using util::ConvertBase;
 

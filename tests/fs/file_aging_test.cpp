@@ -7,8 +7,8 @@
 #include <gtest/gtest.h>
 
 #include "nelvo/core/exc/runtime_exc.h"
-#include "tests/fs/thrown.h"
 #include "tests/support/temp_folder.h"
+#include "tests/support/thrown.h"
 
 using util::AgedFileName;
 

@@ -13,9 +13,9 @@
 #include "nelvo/core/util/str.h"
 #include "nelvo/logging/log.h"
 #include "nelvo/posix/posix_file.h"
-#include "tests/fs/thrown.h"
 #include "tests/support/lines_receiver.h"
 #include "tests/support/temp_folder.h"
+#include "tests/support/thrown.h"
 
 namespace
 {

@@ -15,9 +15,9 @@
 #include "nelvo/fs/path_utils.h"
 #include "nelvo/logging/log.h"
 #include "tests/fs/child.h"
-#include "tests/fs/thrown.h"
 #include "tests/support/lines_receiver.h"
 #include "tests/support/temp_folder.h"
+#include "tests/support/thrown.h"
 
 namespace
 {

@@ -9,8 +9,8 @@
 #include <gtest/gtest.h>
 
 #include "nelvo/core/exc/errno_exc.h"
-#include "tests/fs/thrown.h"
 #include "tests/support/failing_memory.h"
+#include "tests/support/thrown.h"
 
 namespace
 {

@@ -17,9 +17,9 @@
 #include "nelvo/core/exc/runtime_exc.h"
 #include "nelvo/posix/posix_file.h"
 #include "tests/fs/child.h"
-#include "tests/fs/thrown.h"
 #include "tests/support/failing_memory.h"
 #include "tests/support/temp_folder.h"
+#include "tests/support/thrown.h"
 
 namespace
 {

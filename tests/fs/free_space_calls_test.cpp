@@ -9,7 +9,7 @@
 
 #include "nelvo/core/exc/errno_exc.h"
 #include "nelvo/core/exc/runtime_exc.h"
-#include "tests/fs/thrown.h"
+#include "tests/support/thrown.h"
 
 namespace
 {

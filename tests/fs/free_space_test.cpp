@@ -15,9 +15,9 @@
 #include "nelvo/core/exc/errno_exc.h"
 #include "nelvo/core/exc/runtime_exc.h"
 #include "tests/fs/child.h"
-#include "tests/fs/thrown.h"
 #include "tests/support/private_disk.h"
 #include "tests/support/temp_folder.h"
+#include "tests/support/thrown.h"
 
 namespace
 {

@@ -9,9 +9,9 @@
 #include <gtest/gtest.h>
 
 #include "nelvo/core/exc/runtime_exc.h"
-#include "tests/fs/thrown.h"
 #include "tests/support/golden.h"
 #include "tests/support/stub_dev.h"
+#include "tests/support/thrown.h"
 
 namespace
 {

@@ -10,7 +10,7 @@
 
 #include "nelvo/core/exc/runtime_exc.h"
 #include "nelvo/io/binary_value.h"
-#include "tests/fs/thrown.h"
+#include "tests/support/thrown.h"
 #include "tests/support/golden.h"
 #include "tests/support/stub_dev.h"
 #include "tests/support/vtable_slot.h"
