@@ -59,9 +59,7 @@ template <class Value>
 void WriteValue(io_dev_t& stream, Value value)
 {
     static_assert(kIsStreamValue<Value>);
-    if constexpr (std::is_same_v<Value, bool>)
-        WriteValue(stream, static_cast<std::uint32_t>(value));
-    else if constexpr (std::is_enum_v<Value>)
+    if constexpr (std::is_same_v<Value, bool> || std::is_enum_v<Value>)
         WriteValue(stream, static_cast<std::uint32_t>(value));
     else
         WriteExactly(stream, &value, sizeof(value));
@@ -107,10 +105,9 @@ std::optional<Value> ReadOptionalValue(io_dev_t& stream)
 void WriteString(io_dev_t& stream, std::string_view text);
 
 // A short read is "Failed to retrieve string from the IO device: received less bytes (<received>) than
-// expected
-// (<expected>)." with received as a signed number. For a length of 0 nothing more is read. The length is not
-// limited: memory for all of it is asked for before the bytes are read (std::bad_alloc), but above a few
-// kibibytes only touched as far as they come.
+// expected (<expected>)." with received as a signed number. For a length of 0 nothing more is read. The length
+// is not limited: memory for all of it is asked for before the bytes are read (std::bad_alloc), but above a
+// few kibibytes only touched as far as they come.
 std::string ReadString(io_dev_t& stream);
 
 void WriteOptionalString(io_dev_t& stream, const std::optional<std::string>& value);
