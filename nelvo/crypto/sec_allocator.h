@@ -8,6 +8,8 @@
 #include <new>
 #include <type_traits>
 
+#include <string.h> // explicit_bzero
+
 namespace crypto
 {
 
@@ -39,10 +41,8 @@ public:
     // Overwrites each byte with 0, then frees the block. The count is that of allocate.
     void deallocate(T* block, std::size_t count) noexcept
     {
-        // Volatile, so that the compiler keeps writes that nobody reads any more.
-        auto* const bytes = reinterpret_cast<volatile char*>(block);
-        for (std::size_t i = 0; i < count * sizeof(T); ++i)
-            bytes[i] = 0;
+        // The compiler may not leave this out, though nobody reads the zeros.
+        ::explicit_bzero(block, count * sizeof(T));
         std::free(block);
     }
 
