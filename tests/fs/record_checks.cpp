@@ -1,0 +1,214 @@
+#include "tests/fs/record_checks.h"
+
+#include <algorithm>
+#include <cstring>
+#include <map>
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include "nelvo/core/exc/runtime_exc.h"
+#include "nelvo/core/util/format.h"
+#include "tests/fs/thrown.h"
+#include "tests/support/golden.h"
+
+namespace
+{
+
+// Takes so many bytes and no more.
+class full_dev_t : public io::io_dev_t
+{
+public:
+    explicit full_dev_t(std::uint64_t room) : m_room(room) {}
+
+    std::uint64_t write(const void*, std::uint64_t count) override
+    {
+        const std::uint64_t taken = std::min(count, m_room);
+        m_room -= taken;
+        return taken;
+    }
+    std::uint64_t read(void*, std::uint64_t) override { return 0; }
+
+private:
+    std::uint64_t m_room;
+};
+
+stored_fields_t Within(stored_fields_t fields, const std::string& record)
+{
+    for (stored_field_t& field : fields)
+        field.records += record;
+    return fields;
+}
+
+void Append(stored_fields_t& fields, const stored_fields_t& more)
+{
+    fields.insert(fields.end(), more.begin(), more.end());
+}
+
+std::string Context(const std::map<char, std::string>& lines, const std::string& records)
+{
+    std::string context;
+    for (const char record : records)
+        context += "\n" + lines.at(record);
+    return context;
+}
+
+std::string ShortValue(std::size_t received, std::size_t expected)
+{
+    return util::Format(
+        "Failed to retrieve value from the binary stream: received less bytes (%1) than expected (%2).",
+        received, expected);
+}
+
+std::string ShortText(std::size_t received, std::size_t expected)
+{
+    return util::Format(
+        "Failed to retrieve string from the IO device: received less bytes (%1) than expected (%2).",
+        received, expected);
+}
+
+std::string FailureToRead(const std::string& bytes, const transfer_t& read)
+{
+    record_stream_t stream(bytes);
+    return Thrown<exc::runtime_exc_t>([&] { read(stream); });
+}
+
+std::string FailureToWrite(std::size_t room, const transfer_t& write)
+{
+    full_dev_t device(room);
+    return Thrown<exc::runtime_exc_t>([&] { write(device); });
+}
+
+std::string Bytes(std::uint32_t value)
+{
+    std::string bytes(sizeof(value), '\0');
+    std::memcpy(bytes.data(), &value, sizeof(value));
+    return bytes;
+}
+
+} // namespace
+
+std::string Written(const transfer_t& write)
+{
+    record_stream_t stream;
+    write(stream);
+    return stream.bytes();
+}
+
+stored_fields_t AclFields() { return {{"A"}, {"A"}, {"A"}, {"A", true}, {"A"}, {"A"}, {"A", true}}; }
+
+stored_fields_t MetaFields()
+{
+    stored_fields_t fields = {{"M"}, {"TM"}};
+    Append(fields, {{"DM"}, {"DM"}, {"DM"}, {"DM"}, {"DM"}, {"DM"}});
+    Append(fields, {{"M"}, {"M"}, {"M"}, {"M"}, {"M"}, {"M"}});
+    Append(fields, Within(AclFields(), "M"));
+    return fields;
+}
+
+stored_fields_t InfoFields()
+{
+    stored_fields_t fields = {{"I"}, {"I"}, {"I"}, {"I"}, {"I"}, {"I"}, {"I", true}, {"I"}, {"I"}};
+    Append(fields, Within(MetaFields(), "I"));
+    Append(fields, {{"I"}, {"I", true}});
+    return fields;
+}
+
+std::string ReadingContext(const std::string& records)
+{
+    static const std::map<char, std::string> kLines = {
+        {'T', "CFileAttributes::DeSerialize: Can't deserialize data."},
+        {'D', "CDateTime::DeSerialize: Can't deserialize data."},
+        {'A', "Failed to unserialize ACL data into stream."},
+        {'M', "Failed to deserialize file metadata."},
+        {'I', "Failed to deserialize file info."}};
+    return Context(kLines, records);
+}
+
+std::string WritingContext(const std::string& records)
+{
+    static const std::map<char, std::string> kLines = {
+        {'T', "CFileAttributes::Serialize: Can't serialize data."},
+        {'D', "CDateTime::Serialize: Can't serialize data."},
+        {'A', "Failed to serialize ACL data into stream."},
+        {'M', "Failed to serialize file metadata."},
+        {'I', "Failed to serialize file info."}};
+    return Context(kLines, records);
+}
+
+void ExpectEachPrefixToFail(const std::string& golden, const stored_fields_t& fields, const transfer_t& read)
+{
+    const std::vector<std::string> stored = GoldenFields(golden);
+    ASSERT_EQ(stored.size(), fields.size());
+    std::string before;
+    for (std::size_t i = 0; i < stored.size(); ++i)
+    {
+        const std::size_t size = stored[i].size();
+        for (const std::string& prefix : Prefixes(stored[i]))
+        {
+            const std::string cause =
+                fields[i].is_text ? ShortText(prefix.size(), size) : ShortValue(prefix.size(), size);
+            EXPECT_EQ(cause + ReadingContext(fields[i].records), FailureToRead(before + prefix, read))
+                << golden << ", field " << i;
+        }
+        before += stored[i];
+    }
+}
+
+void ExpectEachFullDeviceToFail(const std::string& golden, const stored_fields_t& fields,
+                                const transfer_t& write)
+{
+    const std::vector<std::string> stored = GoldenFields(golden);
+    ASSERT_EQ(stored.size(), fields.size());
+    std::size_t before = 0;
+    for (std::size_t i = 0; i < stored.size(); ++i)
+    {
+        const std::size_t size = stored[i].size();
+        for (std::size_t taken = 0; !fields[i].is_text && taken < size; ++taken)
+            EXPECT_EQ(util::Format("Failed to write value to the binary stream: written less bytes (%1) than "
+                                   "expected (%2).",
+                                   taken, size) +
+                          WritingContext(fields[i].records),
+                      FailureToWrite(before + taken, write))
+                << golden << ", field " << i;
+        before += size;
+    }
+}
+
+void ExpectWrongLengthsToFail(const std::string& golden, const stored_fields_t& fields, std::size_t text,
+                              const transfer_t& read)
+{
+    const std::vector<std::string> stored = GoldenFields(golden);
+    std::string before;
+    for (std::size_t i = 0; i + 1 < text; ++i)
+        before += stored[i];
+    const std::string context = ReadingContext(fields[text].records);
+    const auto failure = [&](std::uint32_t length)
+    { return FailureToRead(before + Bytes(length) + "xy", read); };
+
+    for (const std::uint32_t length : {0x7FFFFFFFu, 0x80000000u, 0xFFFFFFFFu})
+        EXPECT_THAT(failure(length),
+                    testing::AnyOf(ShortText(2, length) + context, "std::bad_alloc" + context))
+            << golden << ", text " << text;
+    if (text + 1 == fields.size())
+        return;
+    // The next field begins where the text ends.
+    EXPECT_EQ(ShortValue(2, 4) + ReadingContext(fields[text + 1].records), failure(0)) << golden;
+    EXPECT_EQ(ShortValue(1, 4) + ReadingContext(fields[text + 1].records), failure(1)) << golden;
+}
+
+void ExpectEachBitFlipToBeReadOrRefused(const std::string& golden, const transfer_t& read)
+{
+    for (const std::string& flip : BitFlips(Golden(golden)))
+    {
+        record_stream_t stream(flip);
+        try
+        {
+            read(stream);
+        }
+        catch (const std::exception& e)
+        {
+            EXPECT_NE(nullptr, dynamic_cast<const exc::exc_base_t*>(&e)) << Hex(flip) << ": " << e.what();
+        }
+    }
+}
