@@ -10,6 +10,7 @@
 #include "nelvo/core/util/str.h"
 #include "nelvo/fs/file_aging.h"
 #include "nelvo/fs/file_flags.h"
+#include "nelvo/fs/file_security.h"
 #include "nelvo/fs/file_utils.h"
 #include "nelvo/fs/free_space.h"
 #include "nelvo/fs/path_utils.h"
@@ -254,5 +255,34 @@ TEST_F(AccessOrder, RefusalOfAFileWhoseFlagsAreTriedIsAWarning)
               "       | >>  |refused\n"
               "       | WARN|Unable to remove NOCOW file attribute\n"
               "       | >>  |refused\n",
+              WithoutHeads(log->text()));
+}
+
+TEST_F(AccessOrder, SecurityOfAFileIsAskedAboutOnce)
+{
+    cnt::plain_array_t buffer;
+    EXPECT_EQ("a ", Asked([&] { util::GetFileSecurity(m_a, buffer); }));
+    EXPECT_EQ("a ", Asked([&] { util::SetFileSecurity(m_a + std::string("\0x", 2), buffer); }));
+}
+
+TEST_F(AccessOrder, RefusalOfAFileWhoseSecurityIsWantedIsAWarning)
+{
+    WriteFile(m_a, "text");
+    cnt::plain_array_t buffer(3);
+    const auto log = boost::make_shared<lines_receiver_t>();
+    logging::GetProcessLog()->set_receiver(log);
+    g_refused = m_a;
+    util::GetFileSecurity(m_a, buffer);
+    util::SetFileSecurity(m_a, buffer);
+    g_refused.clear();
+    logging::GetProcessLog()->set_receiver({});
+    EXPECT_TRUE(buffer.empty());
+    EXPECT_EQ("       | WARN|Failed to get file security: " + m_a +
+                  "\n"
+                  "       | >>  |refused\n"
+                  "       | WARN|Failed to set file security: " +
+                  m_a +
+                  "\n"
+                  "       | >>  |refused\n",
               WithoutHeads(log->text()));
 }
