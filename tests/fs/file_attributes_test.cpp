@@ -8,7 +8,7 @@
 namespace
 {
 
-const stored_fields_t kFields = {{"T"}};
+const stored_fields_t kFields = {{"T", field_kind_t::kValue}};
 
 void ReadMember(io::io_dev_t& stream) { CFileAttributes().DeSerialize(stream); }
 void ReadObject(io::io_dev_t& stream) { CFileAttributes::FromStream(stream); }

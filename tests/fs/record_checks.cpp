@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <cstring>
 #include <map>
+#include <set>
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
@@ -14,6 +15,11 @@
 
 namespace
 {
+
+constexpr auto kFrame = field_kind_t::kFrame;
+constexpr auto kBoolean = field_kind_t::kBoolean;
+constexpr auto kValue = field_kind_t::kValue;
+constexpr auto kText = field_kind_t::kText;
 
 // Takes so many bytes and no more.
 class full_dev_t : public io::io_dev_t
@@ -67,6 +73,55 @@ std::string ShortText(std::size_t received, std::size_t expected)
         received, expected);
 }
 
+std::string Joined(const std::vector<std::string>& fields)
+{
+    std::string bytes;
+    for (const std::string& field : fields)
+        bytes += field;
+    return bytes;
+}
+
+// Fields of the same sizes with other values.
+std::vector<std::string> OtherValues(std::vector<std::string> stored, const stored_fields_t& fields)
+{
+    for (std::size_t i = 0; i < stored.size(); ++i)
+    {
+        if (fields[i].kind == kBoolean)
+            stored[i][0] = static_cast<char>(stored[i][0] ^ 1);
+        else if (fields[i].kind != kFrame)
+            std::transform(stored[i].begin(), stored[i].end(), stored[i].begin(),
+                           [](char byte) { return static_cast<char>(~byte); });
+    }
+    return stored;
+}
+
+// Whether a record has the field's new value after a read that failed at the field of index cut.
+bool IsTaken(const stored_fields_t& fields, std::size_t index, std::size_t cut)
+{
+    const auto in_acl = [](const stored_field_t& field) { return field.records[0] == 'A'; };
+    const auto begin = fields.begin() + static_cast<std::ptrdiff_t>(cut);
+    if (in_acl(fields[index]))
+        return std::none_of(begin, fields.end(), in_acl);
+    if (fields[index].kind == kText)
+        return false;
+    return fields[index].kind == kBoolean ? index + 1 < cut : index < cut;
+}
+
+// Where the highest bytes of the lengths stand that belong to a record within the record.
+std::set<std::size_t> HighBytesOfLengthsWithin(const std::string& golden, const stored_fields_t& fields)
+{
+    const std::vector<std::string> stored = GoldenFields(golden);
+    std::set<std::size_t> places;
+    std::size_t end = 0;
+    for (std::size_t i = 0; i + 1 < fields.size(); ++i)
+    {
+        end += stored[i].size();
+        if (fields[i + 1].kind == kText && fields[i].records.size() > 1)
+            places.insert(end - 1);
+    }
+    return places;
+}
+
 std::string FailureToRead(const std::string& bytes, const transfer_t& read)
 {
     record_stream_t stream(bytes);
@@ -95,22 +150,30 @@ std::string Written(const transfer_t& write)
     return stream.bytes();
 }
 
-stored_fields_t AclFields() { return {{"A"}, {"A"}, {"A"}, {"A", true}, {"A"}, {"A"}, {"A", true}}; }
+stored_fields_t AclFields()
+{
+    return {{"A", kFrame}, {"A", kFrame}, {"A", kFrame}, {"A", kText},
+            {"A", kFrame}, {"A", kFrame}, {"A", kText}};
+}
 
 stored_fields_t MetaFields()
 {
-    stored_fields_t fields = {{"M"}, {"TM"}};
-    Append(fields, {{"DM"}, {"DM"}, {"DM"}, {"DM"}, {"DM"}, {"DM"}});
-    Append(fields, {{"M"}, {"M"}, {"M"}, {"M"}, {"M"}, {"M"}});
+    stored_fields_t fields = {{"M", kFrame}, {"TM", kValue}};
+    for (int date = 0; date < 3; ++date)
+        Append(fields, {{"DM", kBoolean}, {"DM", kValue}});
+    for (int value = 0; value < 3; ++value)
+        Append(fields, {{"M", kFrame}, {"M", kValue}});
     Append(fields, Within(AclFields(), "M"));
     return fields;
 }
 
 stored_fields_t InfoFields()
 {
-    stored_fields_t fields = {{"I"}, {"I"}, {"I"}, {"I"}, {"I"}, {"I"}, {"I", true}, {"I"}, {"I"}};
+    stored_fields_t fields = {{"I", kFrame}, {"I", kValue}, {"I", kFrame}, {"I", kValue}};
+    Append(fields, {{"I", kFrame}, {"I", kFrame}, {"I", kText}});
+    Append(fields, {{"I", kFrame}, {"I", kValue}});
     Append(fields, Within(MetaFields(), "I"));
-    Append(fields, {{"I"}, {"I", true}});
+    Append(fields, {{"I", kFrame}, {"I", kText}});
     return fields;
 }
 
@@ -147,7 +210,7 @@ void ExpectEachPrefixToFail(const std::string& golden, const stored_fields_t& fi
         for (const std::string& prefix : Prefixes(stored[i]))
         {
             const std::string cause =
-                fields[i].is_text ? ShortText(prefix.size(), size) : ShortValue(prefix.size(), size);
+                fields[i].kind == kText ? ShortText(prefix.size(), size) : ShortValue(prefix.size(), size);
             EXPECT_EQ(cause + ReadingContext(fields[i].records), FailureToRead(before + prefix, read))
                 << golden << ", field " << i;
         }
@@ -164,7 +227,7 @@ void ExpectEachFullDeviceToFail(const std::string& golden, const stored_fields_t
     for (std::size_t i = 0; i < stored.size(); ++i)
     {
         const std::size_t size = stored[i].size();
-        for (std::size_t taken = 0; !fields[i].is_text && taken < size; ++taken)
+        for (std::size_t taken = 0; fields[i].kind != kText && taken < size; ++taken)
             EXPECT_EQ(util::Format("Failed to write value to the binary stream: written less bytes (%1) than "
                                    "expected (%2).",
                                    taken, size) +
@@ -197,18 +260,40 @@ void ExpectWrongLengthsToFail(const std::string& golden, const stored_fields_t& 
     EXPECT_EQ(ShortValue(1, 4) + ReadingContext(fields[text + 1].records), failure(1)) << golden;
 }
 
-void ExpectEachBitFlipToBeReadOrRefused(const std::string& golden, const transfer_t& read)
+void ExpectFailedReadsToLeave(const std::string& golden, const stored_fields_t& fields,
+                              const failing_read_t& read)
 {
-    for (const std::string& flip : BitFlips(Golden(golden)))
+    const std::vector<std::string> stored = GoldenFields(golden);
+    const std::vector<std::string> old = OtherValues(stored, fields);
+    std::string before;
+    for (std::size_t cut = 0; cut < stored.size(); ++cut)
     {
-        record_stream_t stream(flip);
+        std::string expected;
+        for (std::size_t i = 0; i < stored.size(); ++i)
+            expected += IsTaken(fields, i, cut) ? stored[i] : old[i];
+        record_stream_t stream(before);
+        EXPECT_EQ(Hex(expected), Hex(read(Joined(old), stream))) << golden << ", cut before field " << cut;
+        before += stored[cut];
+    }
+}
+
+void ExpectEachBitFlipToBeReadOrRefused(const std::string& golden, const transfer_t& read,
+                                        const stored_fields_t& fields)
+{
+    const std::set<std::size_t> passed_over = HighBytesOfLengthsWithin(golden, fields);
+    const std::vector<std::string> flips = BitFlips(Golden(golden));
+    for (std::size_t bit = 0; bit < flips.size(); ++bit)
+    {
+        if (passed_over.count(bit / 8) != 0)
+            continue;
+        record_stream_t stream(flips[bit]);
         try
         {
             read(stream);
         }
         catch (const std::exception& e)
         {
-            EXPECT_NE(nullptr, dynamic_cast<const exc::exc_base_t*>(&e)) << Hex(flip) << ": " << e.what();
+            EXPECT_NE(nullptr, dynamic_cast<const exc::exc_base_t*>(&e)) << Hex(flips[bit]) << e.what();
         }
     }
 }
