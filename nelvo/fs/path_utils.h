@@ -9,9 +9,17 @@
 // A failed system call is posix::errno_exc_t, a failed test exc::runtime_exc_t with the text told; both get
 // the context line of each operation that they leave. Between a test and the call that follows it another
 // process may step in. A path ends at its first zero byte for the access check and the system.
+//
+// GetType, IsFile, IsDir, IsLink, GetRealPath and GetInfo are defined in path_utils_info.cpp, which stands
+// above file info, which stands above the rest.
 
 #include <cstdint>
 #include <string>
+
+namespace util
+{
+struct FileInfo;
+}
 
 class CPathUtils
 {
@@ -80,4 +88,25 @@ public:
     // The target of a link, as it stands there.
     // Context: "CPathUtils: Failed to read link [<path>]."
     static std::string ReadLink(const std::string& path);
+
+    // What the three below ask: util::kRegularFile, util::kDirectory or util::kSymbolicLink (file_info.h),
+    // links not followed. Anything else that stands there is "Unknown type of file [<path>]."
+    // Context: "CPathUtils: Failed to get type of [<path>]."
+    static std::uint32_t GetType(const std::string& path);
+
+    // They fail as GetType does, and do not say no, where nothing or something else stands.
+    // Kept: PathUtils.NothingAndAFifoAreNoAnswerToWhatTheyAre
+    static bool IsFile(const std::string& path);
+    static bool IsDir(const std::string& path);
+    static bool IsLink(const std::string& path);
+
+    // Where a link leads in the end, as an absolute path without links; that must exist.
+    // Context: "CPathUtils: Failed to read real path for [<path>]."
+    //
+    // A path of anything else comes back as it was given, relative or through links.
+    // Kept: PathUtils.RealPathOfWhatIsNoLinkIsThePathAsGiven
+    static std::string GetRealPath(const std::string& path);
+
+    // util::GetFileInfo of what must exist, with its context alone.
+    static util::FileInfo GetInfo(const std::string& path);
 };

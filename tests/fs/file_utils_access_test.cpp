@@ -1,5 +1,6 @@
 #include <cstdlib>
 #include <string>
+#include <unistd.h>
 #include <vector>
 
 #include <boost/make_shared.hpp>
@@ -10,10 +11,12 @@
 #include "nelvo/core/util/str.h"
 #include "nelvo/fs/file_aging.h"
 #include "nelvo/fs/file_flags.h"
+#include "nelvo/fs/file_info.h"
 #include "nelvo/fs/file_security.h"
 #include "nelvo/fs/file_utils.h"
 #include "nelvo/fs/free_space.h"
 #include "nelvo/fs/path_utils.h"
+#include "nelvo/fs/posix_file_security.h"
 #include "nelvo/logging/log.h"
 #include "tests/fs/child.h"
 #include "tests/support/lines_receiver.h"
@@ -151,6 +154,36 @@ TEST_F(AccessOrder, PathUtilsAskThroughTheirTests)
     EXPECT_EQ("a b ", Asked([&] { CPathUtils::Rename(m_a, m_b); }));
     EXPECT_EQ("a c/d c ", Asked([&] { CPathUtils::Copy(m_a, m_folder / "c/d"); }));
     EXPECT_EQ("e/f e ", Asked([&] { CPathUtils::CreateDir(m_folder / "e/f", true, 755); }));
+}
+
+TEST_F(AccessOrder, InfoOfAFileIsAskedForOnce)
+{
+    WriteFile(m_a, "");
+    EXPECT_EQ(0, ::symlink("a", m_b.c_str()));
+    EXPECT_EQ("a ", Asked([&] { util::GetFileInfo(m_a, true); }));
+    EXPECT_EQ("a ", Asked([&] { CPathUtils::GetInfo(m_a); }));
+    EXPECT_EQ("a ", Asked([&] { CPathUtils::GetType(m_a); }));
+    EXPECT_EQ("a ", Asked([&] { CPathUtils::IsFile(m_a); }));
+    EXPECT_EQ("a ", Asked([&] { CPathUtils::IsDir(m_a); }));
+    EXPECT_EQ("a ", Asked([&] { CPathUtils::IsLink(m_a); }));
+    EXPECT_EQ("b ", Asked([&] { CPathUtils::GetRealPath(m_b); }));
+}
+
+TEST_F(AccessOrder, RefusalOfAFileWhoseTypeIsWantedGetsEachContext)
+{
+    EXPECT_EQ("refused\nCPathUtils: Failed to check whether [" + m_a +
+                  "] exists.\nCan't get info for file [" + m_a + "].\nCPathUtils: Failed to get type of [" +
+                  m_a + "].",
+              Refused(m_a, [&] { CPathUtils::GetType(m_a); }));
+}
+
+TEST_F(AccessOrder, RecordsAloneAskNothing)
+{
+    WriteFile(m_a, "");
+    EXPECT_EQ("", Asked([&] { util::ReadFileInfo(m_a); }));
+    EXPECT_EQ("", Asked([&] { util::ApplyFileInfo({}, m_a); }));
+    EXPECT_EQ("", Asked([&] { util::ApplyFileMeta(util::ReadFileInfo(m_a).meta, m_a); }));
+    EXPECT_EQ("", Asked([&] { posix::posix_file_security::ReadFromFile(m_a)->ApplyToFile(m_a); }));
 }
 
 TEST_F(AccessOrder, LinksAndDeletionOfPathUtilsAskNothing)

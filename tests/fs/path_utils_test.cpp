@@ -8,6 +8,7 @@
 
 #include "nelvo/core/exc/errno_exc.h"
 #include "nelvo/core/exc/runtime_exc.h"
+#include "nelvo/fs/file_info.h"
 #include "tests/fs/child.h"
 #include "tests/support/private_disk.h"
 #include "tests/support/temp_folder.h"
@@ -226,6 +227,125 @@ TEST_F(PathUtils, ReadLinkWantsALink)
               Thrown<posix::errno_exc_t>([&] { CPathUtils::ReadLink(Path("file")); }));
 }
 
+// Type, real path, info
+
+TEST_F(PathUtils, TypeDoesNotFollowLinks)
+{
+    EXPECT_EQ(util::kRegularFile, CPathUtils::GetType(Path("file")));
+    EXPECT_EQ(util::kDirectory, CPathUtils::GetType(Path("folder")));
+    for (const char* name : {"link", "dangling", "circle"})
+        EXPECT_EQ(util::kSymbolicLink, CPathUtils::GetType(Path(name))) << name;
+}
+
+TEST_F(PathUtils, OneOfThreeQuestionsIsAnsweredWithYes)
+{
+    const auto answers = [&](const std::string& name)
+    {
+        const std::string path = Path(name);
+        return std::vector<bool>{CPathUtils::IsFile(path), CPathUtils::IsDir(path), CPathUtils::IsLink(path)};
+    };
+    EXPECT_EQ((std::vector<bool>{true, false, false}), answers("file"));
+    EXPECT_EQ((std::vector<bool>{false, true, false}), answers("folder"));
+    EXPECT_EQ((std::vector<bool>{false, false, true}), answers("link"));
+    EXPECT_EQ((std::vector<bool>{false, false, true}), answers("dangling"));
+}
+
+TEST_F(PathUtils, NothingAndAFifoAreNoAnswerToWhatTheyAre)
+{
+    for (const auto question : {CPathUtils::IsFile, CPathUtils::IsDir, CPathUtils::IsLink})
+    {
+        EXPECT_EQ("Unknown type of file [" + Path("fifo") + "].\nCPathUtils: Failed to get type of [" +
+                      Path("fifo") + "].",
+                  Thrown<exc::runtime_exc_t>([&] { question(Path("fifo")); }));
+        EXPECT_EQ("File not found.\nCan't get info for file [" + Path("none") +
+                      "].\nCPathUtils: Failed to get type of [" + Path("none") + "].",
+                  Thrown<exc::runtime_exc_t>([&] { question(Path("none")); }));
+    }
+}
+
+TEST_F(PathUtils, TypeWantsAPath)
+{
+    EXPECT_EQ("Path is not set." + FailedCheck("") +
+                  "\nCan't get info for file [].\nCPathUtils: Failed to get type of [].",
+              Thrown<exc::runtime_exc_t>([] { CPathUtils::GetType(""); }));
+}
+
+TEST_F(PathUtils, TypeThatCannotBeFoundIsToldWithItsErrno)
+{
+    EXPECT_EQ("Not a directory" + FailedCheck(Path("file/x")) + "\nCan't get info for file [" +
+                  Path("file/x") + "].\nCPathUtils: Failed to get type of [" + Path("file/x") + "].",
+              Thrown<posix::errno_exc_t>([&] { CPathUtils::GetType(Path("file/x")); }));
+}
+
+TEST_F(PathUtils, RealPathOfALinkIsWhereItLeadsInTheEnd)
+{
+    ASSERT_EQ(0, ::symlink("../link", Path("folder/to_link").c_str()));
+    const std::string file = std::filesystem::canonical(Path("file")).string();
+    EXPECT_EQ(file, CPathUtils::GetRealPath(Path("link")));
+    EXPECT_EQ(file, CPathUtils::GetRealPath(Path("folder/to_link")));
+    EXPECT_EQ(file, CPathUtils::GetRealPath(Path("folder/../folder/./to_link")));
+}
+
+TEST_F(PathUtils, RealPathOfWhatIsNoLinkIsThePathAsGiven)
+{
+    ASSERT_EQ(0, ::symlink("folder", Path("to_folder").c_str()));
+    WriteFile(Path("folder/x"), "");
+    for (const char* name : {"file", "folder", "folder/../file", "to_folder/x", "to_folder/"})
+        EXPECT_EQ(Path(name), CPathUtils::GetRealPath(Path(name)));
+    EXPECT_EQ(".", CPathUtils::GetRealPath("."));
+    InChild(
+        [&]
+        {
+            ASSERT_EQ(0, ::chdir(m_folder.path().c_str()));
+            EXPECT_EQ("file", CPathUtils::GetRealPath("file"));
+        });
+}
+
+TEST_F(PathUtils, RealPathWantsAPath)
+{
+    EXPECT_EQ("Path is not set.\nCPathUtils: Failed to read real path for [].",
+              Thrown<exc::runtime_exc_t>([] { CPathUtils::GetRealPath(""); }));
+}
+
+TEST_F(PathUtils, RealPathOfALinkToNothingIsAFailure)
+{
+    EXPECT_EQ("No such file or directory\nCPathUtils: Failed to read real path for [" + Path("dangling") +
+                  "].",
+              Thrown<posix::errno_exc_t>([&] { CPathUtils::GetRealPath(Path("dangling")); }));
+    EXPECT_EQ("Too many levels of symbolic links\nCPathUtils: Failed to read real path for [" +
+                  Path("circle") + "].",
+              Thrown<posix::errno_exc_t>([&] { CPathUtils::GetRealPath(Path("circle")); }));
+}
+
+TEST_F(PathUtils, RealPathAsksForTheType)
+{
+    const auto context = [&](const std::string& name)
+    {
+        return "\nCPathUtils: Failed to get type of [" + Path(name) +
+               "].\nCPathUtils: Failed to read real path for [" + Path(name) + "].";
+    };
+    EXPECT_EQ("Unknown type of file [" + Path("fifo") + "]." + context("fifo"),
+              Thrown<exc::runtime_exc_t>([&] { CPathUtils::GetRealPath(Path("fifo")); }));
+    EXPECT_EQ("File not found.\nCan't get info for file [" + Path("none") + "]." + context("none"),
+              Thrown<exc::runtime_exc_t>([&] { CPathUtils::GetRealPath(Path("none")); }));
+}
+
+TEST_F(PathUtils, InfoIsThatOfTheFileItself)
+{
+    EXPECT_EQ(4u, CPathUtils::GetInfo(Path("file")).size);
+    EXPECT_EQ("link", CPathUtils::GetInfo(Path("link")).name);
+    EXPECT_EQ(util::kSymbolicLink, CPathUtils::GetInfo(Path("link")).type);
+    EXPECT_EQ(util::kOtherObject, CPathUtils::GetInfo(Path("fifo")).type);
+}
+
+TEST_F(PathUtils, InfoOfNothingIsAFailureWithOneContext)
+{
+    EXPECT_EQ("File not found.\nCan't get info for file [" + Path("none") + "].",
+              Thrown<exc::runtime_exc_t>([&] { CPathUtils::GetInfo(Path("none")); }));
+    EXPECT_EQ("Path is not set." + FailedCheck("") + "\nCan't get info for file [].",
+              Thrown<exc::runtime_exc_t>([] { CPathUtils::GetInfo(""); }));
+}
+
 // Rename, Delete
 
 TEST_F(PathUtils, RenameMovesFilesFoldersAndLinks)
@@ -386,6 +506,7 @@ TEST_F(PathUtils, CreateDirReadsTheModesDigitsAsOctal)
     EXPECT_EQ(0, ::chmod(Path("c").c_str(), 0700));
     CPathUtils::CreateDir(Path("d"), false, 789);
     EXPECT_EQ(01011u, Mode(Path("d")));
+    EXPECT_EQ(0, ::chmod(Path("d").c_str(), 0700));
 }
 
 TEST_F(PathUtils, CreateDirIsSubjectToTheUmask)
