@@ -16,6 +16,7 @@
 #include <cstdint>
 #include <cstring>
 #include <memory>
+#include <type_traits>
 #include <utility>
 
 #include "nelvo/crypto/sec_allocator.h"
@@ -94,15 +95,16 @@ public:
     }
     const T& operator[](std::size_t index) const { return const_cast<array_t&>(*this)[index]; }
 
-    // Keeps the first bytes; those that are added are zero. An array that must move gets a capacity of its
-    // old size plus the greater of that size and the growth. It never gives capacity back.
+    // Keeps the first bytes; those that are added are zero, and those that a secure array drops too. An array
+    // that must move gets a capacity of its old size plus the greater of that size and the growth. It never
+    // gives capacity back.
     void resize(std::size_t size)
     {
         if (size > capacity())
             Move(size);
         else if (size > this->size())
             std::memset(m_end, 0, size - this->size());
-        else if (size < this->size())
+        else if (kSecret)
             std::memset(m_begin + size, 0, this->size() - size);
         m_end = m_begin + size;
     }
@@ -129,6 +131,8 @@ public:
     friend bool operator!=(const array_t& left, const array_t& right) { return !(left == right); }
 
 private:
+    static constexpr bool kSecret = std::is_same_v<Allocator, crypto::sec_allocator_t<T>>;
+
     static void FreeBlock(T* block, std::size_t size) noexcept;
     std::size_t GrownCapacity(std::size_t growth) const;
     void Move(std::size_t needed);
