@@ -4,8 +4,8 @@
 
 #include "nelvo/core/exc/runtime_exc.h"
 #include "tests/fs/record_checks.h"
-#include "tests/fs/thrown.h"
 #include "tests/support/golden.h"
+#include "tests/support/thrown.h"
 
 using util::AclData;
 

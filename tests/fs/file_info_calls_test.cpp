@@ -6,7 +6,7 @@
 
 #include "nelvo/core/exc/errno_exc.h"
 #include "tests/fs/system_script.h"
-#include "tests/fs/thrown.h"
+#include "tests/support/thrown.h"
 
 using util::FileInfo;
 

@@ -7,7 +7,7 @@
 #include "nelvo/core/exc/errno_exc.h"
 #include "nelvo/core/exc/runtime_exc.h"
 #include "tests/fs/system_script.h"
-#include "tests/fs/thrown.h"
+#include "tests/support/thrown.h"
 
 using datetime::CDateTime;
 using util::FileMeta;

@@ -8,9 +8,9 @@
 #include "nelvo/core/exc/errno_exc.h"
 #include "nelvo/core/exc/runtime_exc.h"
 #include "tests/fs/record_checks.h"
-#include "tests/fs/thrown.h"
 #include "tests/support/golden.h"
 #include "tests/support/temp_folder.h"
+#include "tests/support/thrown.h"
 
 using datetime::CDateTime;
 using util::FileMeta;

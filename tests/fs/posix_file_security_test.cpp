@@ -7,9 +7,9 @@
 
 #include "nelvo/core/exc/errno_exc.h"
 #include "nelvo/core/exc/runtime_exc.h"
-#include "tests/fs/thrown.h"
 #include "tests/support/golden.h"
 #include "tests/support/temp_folder.h"
+#include "tests/support/thrown.h"
 
 using posix::posix_file_security;
 using posix::posix_file_security_ptr_t;

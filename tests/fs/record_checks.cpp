@@ -10,8 +10,8 @@
 
 #include "nelvo/core/exc/runtime_exc.h"
 #include "nelvo/core/util/format.h"
-#include "tests/fs/thrown.h"
 #include "tests/support/golden.h"
+#include "tests/support/thrown.h"
 
 namespace
 {
