@@ -171,10 +171,9 @@ TEST(FileMeta, ShortTransferHasItsContext)
     ExpectEachFullDeviceToFail("file_meta", MetaFields(), WriteFull);
 }
 
-TEST(FileMeta, BrokenFormIsReadOrRefused)
-{
-    ExpectEachBitFlipToBeReadOrRefused("file_meta", ReadOne, MetaFields());
-}
+TEST(FileMeta, WrongLengthsFail) { ExpectWrongLengthsToFail("file_meta", MetaFields(), ReadOne); }
+
+TEST(FileMeta, BrokenFormIsReadOrRefused) { ExpectEachBitFlipToBeReadOrRefused("file_meta", ReadOne); }
 
 TEST(FileMeta, WrongMagicOfItsAclHasBothContexts)
 {

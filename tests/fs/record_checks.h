@@ -63,22 +63,20 @@ void ExpectEachPrefixToFail(const std::string& golden, const stored_fields_t& fi
 void ExpectEachFullDeviceToFail(const std::string& golden, const stored_fields_t& fields,
                                 const transfer_t& write);
 
-// The length before the text of this index is one that no text has, and two bytes follow it: what reading
-// says to 0, 1, 2^31 - 1, 2^31 and 2^32 - 1, nothing being a text that was read.
-void ExpectWrongLengthsToFail(const std::string& golden, const stored_fields_t& fields, std::size_t text,
+// Each length that is wrong, with two bytes behind it: 2^31 - 1, 2^31 and 2^32 - 1 are too long, and with 0
+// and 1 the next field is short, unless the text is the last.
+void ExpectWrongLengthsToFail(const std::string& golden, const stored_fields_t& fields,
                               const transfer_t& read);
 
 // Reads the stream over a record of these bytes, which fails, and returns what is in the record then, as
 // bytes.
 using failing_read_t = std::function<std::string(const std::string& before, io::io_dev_t& stream)>;
 
-// The record cut at the end of each field, read over another one: fields that were read whole are the new
-// ones, a date only with both its values. Texts are the old ones, unless all those of their ACL data were
+// The record cut at each byte, read over another one: fields that were read whole are the new ones, a date
+// only with both its values. Texts are the old ones, unless all those of their ACL data were
 // read.
 void ExpectFailedReadsToLeave(const std::string& golden, const stored_fields_t& fields,
                               const failing_read_t& read);
 
-// Each bit of the record turned: it is read, or refused by the exceptions of the library. Lengths of records
-// within the record are left below 16 MiB: larger ones take their time, and those records have tests.
-void ExpectEachBitFlipToBeReadOrRefused(const std::string& golden, const transfer_t& read,
-                                        const stored_fields_t& fields = {});
+// Each bit of the record turned: it is read, or refused by the exceptions of the library.
+void ExpectEachBitFlipToBeReadOrRefused(const std::string& golden, const transfer_t& read);
