@@ -1,4 +1,5 @@
 #include <cstdint>
+#include <locale>
 #include <string>
 
 #include <gtest/gtest.h>
@@ -24,6 +25,33 @@ std::string FailureOf(Call call)
 std::string IsoText(const CDateTime& value) { return value.ToString(CDateTime::kIsoFormat); }
 
 CDateTime FromIso(const std::string& text) { return CDateTime::FromString(text, CDateTime::kIsoFormat); }
+
+// The global locale of C++, as long as this lives: for it a star is white space, and no blank is.
+class starry_locale_t
+{
+public:
+    starry_locale_t() : m_before(std::locale::global(std::locale(std::locale::classic(), new stars_t))) {}
+    ~starry_locale_t() { std::locale::global(m_before); }
+    starry_locale_t(const starry_locale_t&) = delete;
+    starry_locale_t& operator=(const starry_locale_t&) = delete;
+
+private:
+    class stars_t : public std::ctype<char>
+    {
+    public:
+        stars_t() : std::ctype<char>(Table()) {}
+
+    private:
+        static const mask* Table()
+        {
+            static mask table[table_size] = {};
+            table['*'] = space;
+            return table;
+        }
+    };
+
+    std::locale m_before;
+};
 
 void ExpectLeapDayInUtc(const CDateTime& value)
 {
@@ -114,6 +142,15 @@ TEST(DateTimeFromString, RefusesWithOneTextWhatIsNoDate)
                   FailureOf([&] { FromIso(text); }));
     EXPECT_EQ("Unable to convert string [] with date format [] to DateTime.",
               FailureOf([] { CDateTime::FromString("", ""); }));
+}
+
+TEST(DateTimeFromString, DoesNotLookAtTheGlobalLocale)
+{
+    const starry_locale_t guard;
+    ExpectLeapDayInUtc(FromIso("  2024-02-29 23:59:58"));
+    EXPECT_EQ("Unable to convert string [*2024-02-29 23:59:58] with date format [%Y-%m-%d %H:%M:%S] to "
+              "DateTime.",
+              FailureOf([] { FromIso("*2024-02-29 23:59:58"); }));
 }
 
 TEST(DateTimeFromString, FirstAndLastYear)
