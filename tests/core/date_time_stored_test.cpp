@@ -1,10 +1,6 @@
-#include <algorithm>
 #include <cstdint>
-#include <cstring>
 #include <limits>
-#include <stdexcept>
 #include <string>
-#include <utility>
 #include <vector>
 
 #include <gtest/gtest.h>
@@ -12,8 +8,9 @@
 #include "nelvo/core/date_time.h"
 #include "nelvo/core/exc/runtime_exc.h"
 #include "nelvo/io/mem_stream.h"
-#include "tests/support/thrown.h"
 #include "tests/support/golden.h"
+#include "tests/support/stub_dev.h"
+#include "tests/support/thrown.h"
 
 using datetime::CDateTime;
 
@@ -35,57 +32,16 @@ void ExpectValue(std::int64_t seconds, bool is_utc, const CDateTime& value)
     EXPECT_EQ(is_utc, value.IsUtc());
 }
 
-// Takes and delivers as many bytes as there are, over all calls.
-class short_dev_t : public io::io_dev_t
-{
-public:
-    explicit short_dev_t(std::string bytes) : m_bytes(std::move(bytes)) {}
-    explicit short_dev_t(std::size_t size) : m_bytes(size, '\0') {}
-
-    std::uint64_t write(const void* data, std::uint64_t count) override
-    {
-        const std::size_t size = Next(count);
-        std::memcpy(&m_bytes[m_offset - size], data, size);
-        return size;
-    }
-    std::uint64_t read(void* buffer, std::uint64_t count) override
-    {
-        const std::size_t size = Next(count);
-        std::memcpy(buffer, &m_bytes[m_offset - size], size);
-        return size;
-    }
-
-    const std::string& GetBytes() const { return m_bytes; }
-
-private:
-    std::size_t Next(std::uint64_t count)
-    {
-        const std::size_t size = std::min<std::size_t>(count, m_bytes.size() - m_offset);
-        m_offset += size;
-        return size;
-    }
-
-    std::string m_bytes;
-    std::size_t m_offset = 0;
-};
-
-class broken_dev_t : public io::io_dev_t
-{
-public:
-    std::uint64_t write(const void*, std::uint64_t) override { throw std::runtime_error("no write"); }
-    std::uint64_t read(void*, std::uint64_t) override { throw std::runtime_error("no read"); }
-};
-
 std::string Stored(const CDateTime& value)
 {
-    short_dev_t device(12);
+    stub_dev_t device;
     value.Serialize(device);
-    return Hex(device.GetBytes());
+    return Hex(device.written());
 }
 
 CDateTime Read(const std::string& bytes)
 {
-    short_dev_t device(bytes);
+    stub_dev_t device(bytes);
     CDateTime value;
     value.DeSerialize(device);
     return value;
@@ -145,7 +101,7 @@ TEST(DateTimeStored, CutOffIsAFailureThatChangesNothing)
 {
     for (const std::string& prefix : Prefixes(Golden("date_time_utc")))
     {
-        short_dev_t device(prefix);
+        stub_dev_t device(prefix);
         CDateTime value(4711, false);
         EXPECT_EQ("Failed to retrieve value from the binary stream: received " + Shortness(prefix.size()) +
                       "CDateTime::DeSerialize: Can't deserialize data.",
@@ -158,7 +114,8 @@ TEST(DateTimeStored, DeviceThatTakesTooLittleIsAFailure)
 {
     for (std::size_t size = 0; size != 12; ++size)
     {
-        short_dev_t device(size);
+        stub_dev_t device;
+        device.TakeOnly(size < 4 ? size : size - 4, size < 4 ? 0 : 1);
         EXPECT_EQ("Failed to write value to the binary stream: written " + Shortness(size) +
                       "CDateTime::Serialize: Can't serialize data.",
                   FailureOf([&] { CDateTime(kUtcSeconds, true).Serialize(device); }));
@@ -167,7 +124,9 @@ TEST(DateTimeStored, DeviceThatTakesTooLittleIsAFailure)
 
 TEST(DateTimeStored, FailureOfTheDeviceGetsTheContext)
 {
-    broken_dev_t device;
+    stub_dev_t device;
+    device.Fail("no write");
+    device.Fail("no read", 1);
     CDateTime value(4711, false);
     EXPECT_EQ("no write\nCDateTime::Serialize: Can't serialize data.",
               FailureOf([&] { value.Serialize(device); }));
