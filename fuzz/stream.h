@@ -2,6 +2,8 @@
 
 // What the targets of stored records share.
 
+#include <utility>
+
 #include <boost/make_shared.hpp>
 
 #include "fuzz/fuzz_target.h"
@@ -56,6 +58,18 @@ bool TryStored(Record& record, const array_ptr_t& bytes)
     return TryStored(
         record, bytes, [](Record& to, io::io_dev_t& stream) { to.DeSerialize(stream); },
         [](const Record& from, io::io_dev_t& stream) { from.Serialize(stream); });
+}
+
+// A reading for TryStored of what leaves the fields that came before a failure: it is done to another record.
+template <class Record>
+auto IntoAnother(void (*read)(Record& record, io::io_dev_t& stream))
+{
+    return [read](Record& record, io::io_dev_t& stream)
+    {
+        Record another;
+        read(another, stream);
+        record = std::move(another);
+    };
 }
 
 } // namespace fuzz
