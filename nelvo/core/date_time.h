@@ -87,13 +87,14 @@ public:
     std::int64_t GetSeconds() const { return m_seconds; }
     bool IsUtc() const { return m_is_utc; }
 
-    // All zero for an empty date. Throws "Unable to cast value from [i] to [t]." for a year below 0 or above
-    // 65535.
+    // All zero for an empty date. Throws exc::runtime_exc_t "Unable to cast value from [i] to [t]." for a
+    // year below 0 or above 65535, and "... from [l] to [i]." for one that no int holds.
     date_time_fields_t GetFields() const;
 
     // The value by the other clock; a value that is by it already is copied. ToLocal takes the offset that
     // the time zone has at the value. ToUtc takes that of now, UtcOffsetHours cut to whole seconds, whatever
-    // the value's date, so that in winter a date of summer is one hour late.
+    // the value's date, so that in winter a date of summer is one hour late. It throws exc::runtime_exc_t if
+    // the seconds leave their range.
     // Kept: DateTimeClock.ToUtcTakesTheOffsetOfNow
     CDateTime ToLocal() const;
     CDateTime ToUtc() const;
@@ -104,7 +105,8 @@ public:
     static double UtcOffsetHours();
 
     // The year as it is counted, month 1 to 12, day 1 to 31. SetDate leaves the time of day and SetTime the
-    // date; what is out of its range carries over as in the constructor, whatever the sign.
+    // date; what is out of its range carries over as in the constructor, whatever the sign. What then has no
+    // seconds, and a year that no int holds, is an exc::runtime_exc_t and changes nothing.
     void SetDate(int year, int month, int day);
     void GetDate(int& year, int& month, int& day) const;
     void SetTime(int hour, int minute, int second);
@@ -112,7 +114,7 @@ public:
 
     // By strftime(3), which ends the format at a zero byte and takes names from the process locale. Throws
     // exc::runtime_exc_t "Can't convert DateTime to string with format [%1]." if that gives no text, for an
-    // empty format also, or one of a mebibyte or more.
+    // empty format also, or one of a mebibyte or more, and for seconds that have no date.
     std::string ToString(const std::string& format) const;
 
     // Converts by util::WideToMultibyte and util::MultibyteToWide, and throws what they throw.

@@ -40,6 +40,10 @@ void SerializeFileMeta(const FileMeta& meta, io::io_dev_t& stream);
 void DeserializeFileMeta(FileMeta& meta, io::io_dev_t& stream);
 
 // Whether none of the three dates is empty (0 seconds).
+//
+// 1 January 1970 00:00:00 is an empty date, so that what is read of a file with this time is not valid, and
+// ApplyFileMeta does not give it to another.
+// Kept: FileMetaApplied.TimesOfAFileFromTheFirstSecondOf1970AreRefused
 bool IsValid(const FileMeta& meta);
 
 // Gives the metadata to a file, in three steps: the times accessed and modified, in whole seconds as they

@@ -232,6 +232,7 @@ TEST(DateTime, LastSecondThatHasADateHasNoYearInAnInt)
     EXPECT_EQ("23:59:59", value.ToString("%H:%M:%S"));
     EXPECT_EQ("Unable to cast value from [l] to [i].",
               FailureOf([&] { value.GetDate(number, number, number); }));
+    EXPECT_EQ("Unable to cast value from [l] to [i].", FailureOf([&] { value.GetFields(); }));
     value.GetTime(number, number, number);
     EXPECT_EQ(59, number);
 }

@@ -1,12 +1,14 @@
 #include "nelvo/fs/file_meta.h"
 
 #include <sys/stat.h>
+#include <sys/time.h>
 #include <unistd.h>
 
 #include <gtest/gtest.h>
 
 #include "nelvo/core/exc/errno_exc.h"
 #include "nelvo/core/exc/runtime_exc.h"
+#include "nelvo/fs/file_info.h"
 #include "tests/fs/record_checks.h"
 #include "tests/support/golden.h"
 #include "tests/support/temp_folder.h"
@@ -258,6 +260,16 @@ TEST_F(FileMetaApplied, UnlessItIsValidNothingIsDone)
               Thrown<exc::runtime_exc_t>([&] { util::ApplyFileMeta(meta, m_file); }));
     EXPECT_NE(1000, StatusOf(m_file).st_mtim.tv_sec);
     EXPECT_EQ(0640u, StatusOf(m_file).st_mode & 07777);
+}
+
+TEST_F(FileMetaApplied, TimesOfAFileFromTheFirstSecondOf1970AreRefused)
+{
+    const timeval times[] = {{2000, 0}, {0, 0}};
+    ASSERT_EQ(0, ::utimes(m_file.c_str(), times));
+    const util::FileMeta meta = util::ReadFileInfo(m_file).meta;
+    EXPECT_FALSE(util::IsValid(meta));
+    EXPECT_EQ("FileMeta is not valid.\nCan't apply meta for file [" + m_file + "].",
+              Thrown<exc::runtime_exc_t>([&] { util::ApplyFileMeta(meta, m_file); }));
 }
 
 TEST_F(FileMetaApplied, FailureHasTheContextOnlyIfChecked)
