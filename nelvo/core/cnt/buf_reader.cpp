@@ -91,8 +91,7 @@ try
 {
     const std::uint32_t length = TakeBlobLength(size);
     const char* const blob = Take(length);
-    if (length != 0)
-        std::memcpy(memory, blob, length);
+    cnt::CopyBytes(memory, blob, length);
     return length;
 }
 catch (std::exception& e)

@@ -1,6 +1,5 @@
 #include "nelvo/core/cnt/buf_writer.h"
 
-#include <cstring>
 #include <new>
 #include <utility>
 
@@ -45,7 +44,7 @@ void CBufWriter::WriteRaw(std::size_t size, const void* data) { Put(size, data);
 
 char* CBufWriter::ReserveLength(std::uint32_t greatest)
 {
-    char* const slot = Room(sizeof(greatest) + std::uint64_t{greatest});
+    char* const slot = RoomWithLength(greatest);
     m_reserved_slot = slot_t{m_position, greatest};
     return slot + sizeof(greatest);
 }
@@ -58,6 +57,7 @@ void CBufWriter::FillLength(std::uint32_t length)
         ThrowOutOfBound(length - 1, m_reserved_slot->greatest);
     m_position = m_reserved_slot->place;
     m_reserved_slot.reset();
+    RoomWithLength(length);
     Put(sizeof(length), &length);
     m_position += length;
 }
@@ -86,11 +86,15 @@ char* CBufWriter::Room(std::uint64_t size)
     return m_buffer->data() + m_position;
 }
 
+// The same for a length and as many bytes behind it.
+char* CBufWriter::RoomWithLength(std::uint32_t length)
+{
+    return Room(sizeof(length) + std::uint64_t{length});
+}
+
 void CBufWriter::Put(std::size_t size, const void* data)
 {
-    char* const place = Room(size);
-    if (size != 0)
-        std::memcpy(place, data, size);
+    CopyBytes(Room(size), data, size);
     m_position += size;
 }
 
@@ -98,7 +102,7 @@ void CBufWriter::Put(std::size_t size, const void* data)
 void CBufWriter::PutWithLength(std::size_t size, const void* data)
 {
     const auto length = util::NumericCast<std::uint32_t>(size);
-    Room(sizeof(length) + std::uint64_t{length});
+    RoomWithLength(length);
     Put(sizeof(length), &length);
     Put(size, data);
 }

@@ -68,7 +68,8 @@ public:
     //   writer.FillLength(Produce(place, 4096));
     //
     // The place holds until the next write or reservation. The position stays until the length is told, so
-    // that a write in between would go over the place. There is one reservation at a time.
+    // that a write in between would go over the place. There is one reservation at a time: another takes the
+    // place of one that was not filled.
     char* ReserveLength(std::uint32_t greatest = kGrowth);
 
     // More than the greatest length is exc::runtime_exc_t "Out of the array bound. Index of the requested
@@ -95,6 +96,7 @@ private:
     };
 
     char* Room(std::uint64_t size);
+    char* RoomWithLength(std::uint32_t length);
     void Put(std::size_t size, const void* data);
     void PutWithLength(std::size_t size, const void* data);
 

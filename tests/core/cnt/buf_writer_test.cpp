@@ -288,6 +288,38 @@ TEST(BufWriterSlot, LengthGoesToItsPlaceAlsoWhenTheArrayHasMoved)
     EXPECT_EQ("01 04 00 00 00 64 61 74 61", Hex(WrittenBy(writer)));
 }
 
+TEST(BufWriterSlot, WriteInBetweenIsGoneOver)
+{
+    CBufWriter writer;
+    writer.WriteBool(true);
+    std::memcpy(writer.ReserveLength(8), "data", 4);
+    writer.WriteInt64(std::int64_t{-1});
+    writer.FillLength(4);
+    EXPECT_EQ("01 04 00 00 00 ff ff ff ff", Hex(WrittenBy(writer)));
+}
+
+TEST(BufWriterSlot, AnotherReservationTakesThePlaceOfTheFirst)
+{
+    CBufWriter writer;
+    writer.ReserveLength(8);
+    writer.WriteBool(true);
+    std::memcpy(writer.ReserveLength(4), "data", 4);
+    EXPECT_EQ("Out of the array bound. Index of the requested array element: [4]. Array size: [4].",
+              FailureText([&] { writer.FillLength(5); }));
+    writer.FillLength(4);
+    EXPECT_EQ("01 04 00 00 00 64 61 74 61", Hex(WrittenBy(writer)));
+}
+
+TEST(BufWriterSlot, ArrayThatWasCutMeanwhileGrowsToThePosition)
+{
+    CBufWriter writer;
+    writer.ReserveLength(kMiB);
+    writer.GetBuffer()->resize(0);
+    writer.FillLength(kMiB);
+    EXPECT_EQ(2 * kMiB, writer.GetBuffer()->size());
+    EXPECT_EQ("\0\0\x10\0"s + std::string(kMiB, '\0'), WrittenBy(writer));
+}
+
 TEST(BufWriterSlot, CopyFillsItsOwn)
 {
     CBufWriter writer;
