@@ -71,6 +71,13 @@ TEST(SecureArray, BytesThatAreCutOffAreZeroAtOnce)
     EXPECT_EQ("se\0\0\0\0"s, std::string(array.data(), array.capacity()));
 }
 
+TEST(SecureArray, ShorterContentsLeaveZerosBehindThem)
+{
+    cnt::secure_array_t array = Secret();
+    array.assign("no", 2);
+    EXPECT_EQ("no\0\0\0\0"s, std::string(array.data(), array.capacity()));
+}
+
 TEST(PlainArray, LeavesItsBytesAsTheyAre)
 {
     cnt::plain_array_t array("public", 6);
