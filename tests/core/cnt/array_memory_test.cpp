@@ -11,8 +11,7 @@ constexpr std::size_t kGiB = 1073741824;
 
 } // namespace
 
-// One page for the use, and one to which the heap writes its own. All are larger than what glibc ever takes
-// from memory that was in use before.
+// One page for the use, and one to which the heap writes its own.
 
 TEST(ArrayMemory, LargePlainArrayTakesMemoryForWhatIsUsedOfIt)
 {
