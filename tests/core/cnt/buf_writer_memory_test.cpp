@@ -3,11 +3,10 @@
 #include <new>
 #include <string_view>
 
-#include <sys/resource.h>
-
 #include <gtest/gtest.h>
 
 #include "nelvo/core/cnt/buf_writer.h"
+#include "tests/core/cnt/little_memory.h"
 #include "tests/core/cnt/resident_pages.h"
 
 TEST(BufWriterMemory, SmallMessageTouchesAPageOfItsMebibyte)
@@ -32,15 +31,11 @@ TEST(BufWriterMemory, TextWithoutRoomForItLeavesNoLengthBehind)
     const std::string_view text("", std::numeric_limits<std::uint32_t>::max());
     cnt::CBufWriter writer;
     writer.WriteBool(true);
-
-    rlimit limit = {};
-    ASSERT_EQ(0, ::getrlimit(RLIMIT_AS, &limit));
-    const rlimit less = {std::size_t{2} << 30U, limit.rlim_max};
-    ASSERT_EQ(0, ::setrlimit(RLIMIT_AS, &less));
-    EXPECT_THROW(writer.WriteString(text), std::bad_alloc);
-    EXPECT_THROW(writer.WriteBlob(text.size(), text.data()), std::bad_alloc);
-    ASSERT_EQ(0, ::setrlimit(RLIMIT_AS, &limit));
-
+    {
+        const little_memory_t little_memory;
+        EXPECT_THROW(writer.WriteString(text), std::bad_alloc);
+        EXPECT_THROW(writer.WriteBlob(text.size(), text.data()), std::bad_alloc);
+    }
     EXPECT_EQ(1u, writer.GetPosition());
     EXPECT_EQ(1048576u, writer.GetBuffer()->size());
 }
