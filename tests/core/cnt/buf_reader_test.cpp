@@ -8,7 +8,6 @@
 
 #include <gtest/gtest.h>
 
-#include "nelvo/core/exc/exc_base.h"
 #include "tests/core/util/failure_text.h"
 #include "tests/support/failing_memory.h"
 #include "tests/support/flat_buffer.h"
@@ -181,24 +180,6 @@ TEST(BufReader, ContextOfAStringHasABlankBeforeItsPoint)
     EXPECT_EQ("Out of the buffer, buffer size '0', struct size '4', buffer pointer '0'.\n"
               "Failed to extract multi-byte string from buffer .",
               FailureOf("", [](CBufReader& reader) { reader.ReadString(); }));
-}
-
-TEST(BufReader, ContextLinesAreUnmarked)
-{
-    CBufReader reader;
-    for (const auto& read : {+[](CBufReader& r) { r.ReadBool(); }, +[](CBufReader& r) { r.ReadUint64(); },
-                             +[](CBufReader& r) { r.ReadString(); }, &ReadPlain})
-    {
-        try
-        {
-            read(reader);
-            FAIL() << "nothing was thrown";
-        }
-        catch (const exc::exc_base_t& e)
-        {
-            EXPECT_EQ(e.GetPlainText(), e.what());
-        }
-    }
 }
 
 TEST(BufReader, TakesNothingAlsoAtTheEnd)
