@@ -8,9 +8,9 @@
 //   bytes[0] = 'x';
 //   bytes.resize(5);               // 78 00 00 00 00
 //
-// New memory comes zeroed from the system: a large array that is used in part takes memory for that part
-// alone. What allocates throws std::bad_alloc, and the array is unchanged then. Pointers into an array hold
-// until it grows.
+// Memory that is new from the system is zero already: a large array that is used in part takes memory for
+// that part alone. Memory that the heap had before is cleared. What allocates throws std::bad_alloc, and the
+// array is unchanged then. Pointers into an array hold until it grows.
 
 #include <cstddef>
 #include <cstdint>

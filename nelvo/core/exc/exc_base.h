@@ -10,8 +10,8 @@
 // An exception crosses a process in a byte buffer: WriteTo writes lines and trace (docs/formats.md), ReadFrom
 // takes them over.
 //
-// Nothing here throws but std::bad_alloc, Rethrow, Translate what its translator throws, and ReadFrom what
-// its reader throws.
+// Nothing here throws but std::bad_alloc, Rethrow, Translate what its translator throws, ReadFrom what its
+// reader throws, and WriteTo what its writer throws for a text of 4 GiB.
 
 #include <cstdint>
 #include <exception>
