@@ -1,4 +1,5 @@
-// The linker puts __wrap_calloc in the place of calloc, by which the byte arrays are allocated.
+// The linker puts __wrap_calloc and __wrap_realloc in the places of calloc and realloc, by which the byte
+// arrays are allocated.
 
 #include "fuzz/fuzz_target.h"
 
@@ -25,6 +26,13 @@ extern "C" void* __real_calloc(std::size_t count, std::size_t size);
 extern "C" void* __wrap_calloc(std::size_t count, std::size_t size)
 {
     return g_limited && size != 0 && count > kMost / size ? nullptr : __real_calloc(count, size);
+}
+
+extern "C" void* __real_realloc(void* block, std::size_t size);
+
+extern "C" void* __wrap_realloc(void* block, std::size_t size)
+{
+    return g_limited && size > kMost ? nullptr : __real_realloc(block, size);
 }
 // NOLINTEND(bugprone-reserved-identifier)
 

@@ -9,11 +9,13 @@
 void fuzz::Try(const std::uint8_t* data, std::size_t size)
 {
     constexpr std::size_t kTooMuch = (std::size_t{4} << 20U) + 1;
+    static const char kZeros[kTooMuch] = {};
     const std::string_view text = Text(data, size);
     if (text == "ours")
         Require(!Reads([] { throw exc::runtime_exc_t(); }));
     if (text == "memory")
-        Require(!Reads([] { std::string(kTooMuch, ' '); }) && !Reads([] { cnt::plain_array_t{kTooMuch}; }));
+        Require(!Reads([] { std::string(kTooMuch, ' '); }) && !Reads([] { cnt::plain_array_t{kTooMuch}; }) &&
+                !Reads([] { cnt::plain_array_t(kZeros, kTooMuch); }));
     if (text == "foreign")
         Reads([] { throw std::logic_error("foreign"); });
     Require(text != "broken" && text != std::string_view("zero\0\0\0\0", 8));
