@@ -1,4 +1,4 @@
-// Hexadecimal text to numbers of all widths.
+// Hexadecimal text to numbers of all widths, and to bytes.
 
 #include "nelvo/core/util/hex.h"
 
@@ -19,6 +19,18 @@ bool IsRead(std::string_view text)
     return reads;
 }
 
+// Each byte is what its two digits are alone.
+void TryBytes(std::string_view text)
+{
+    cnt::plain_array_t bytes;
+    if (!fuzz::Reads([&] { bytes = util::BytesFromHex(text); }))
+        return;
+    fuzz::Require(bytes.size() * 2 == text.size());
+    for (std::size_t i = 0; i != bytes.size(); ++i)
+        fuzz::Require(util::ParseHex<std::uint8_t>(text.substr(2 * i, 2)) ==
+                      static_cast<std::uint8_t>(bytes[i]));
+}
+
 } // namespace
 
 void fuzz::Try(const std::uint8_t* data, std::size_t size)
@@ -30,6 +42,7 @@ void fuzz::Try(const std::uint8_t* data, std::size_t size)
     const bool in_64 = IsRead<std::int64_t>(text);
     fuzz::Require(in_8 <= in_16 && in_16 <= in_32 && in_32 <= in_64);
     fuzz::Reads([&] { util::ParseHex<std::uint64_t>(fuzz::WideText(data, size)); });
+    TryBytes(text);
     if (size != 0)
         fuzz::Reads([&] { fuzz::Require(util::DigitFromLetter(text[0]) < 16); });
 }
