@@ -2,13 +2,12 @@
 
 #include <algorithm>
 #include <cstring>
-#include <functional>
 #include <set>
 #include <string>
 
 #include <gtest/gtest.h>
 
-#include "nelvo/core/exc/runtime_exc.h"
+#include "tests/core/util/failure_text.h"
 #include "tests/support/failing_memory.h"
 
 namespace
@@ -27,19 +26,6 @@ Guid ValueWith(std::size_t index, std::uint8_t byte)
     std::copy(std::begin(kBytes), std::end(kBytes), bytes);
     bytes[index] = byte;
     return Guid::FromBytes(bytes, sizeof(bytes));
-}
-
-std::string FailureOf(const std::function<void()>& body)
-{
-    try
-    {
-        body();
-    }
-    catch (const exc::runtime_exc_t& e)
-    {
-        return e.what();
-    }
-    return "no failure";
 }
 
 } // namespace
@@ -98,7 +84,7 @@ TEST(Guid, ParseFailureCarriesToStringsText)
         FailNextAllocation();
         Guid::Parse(kText);
     };
-    EXPECT_EQ("std::bad_alloc\nFailed to convert GUID to AString.", FailureOf(parse));
+    EXPECT_EQ("std::bad_alloc\nFailed to convert GUID to AString.", FailureText(parse));
 }
 
 TEST(Guid, ToStringFailureCarriesItsContext)
@@ -109,7 +95,7 @@ TEST(Guid, ToStringFailureCarriesItsContext)
         FailNextAllocation();
         value.ToString();
     };
-    EXPECT_EQ("std::bad_alloc\nFailed to convert GUID to AString.", FailureOf(print));
+    EXPECT_EQ("std::bad_alloc\nFailed to convert GUID to AString.", FailureText(print));
 }
 
 TEST(Guid, WideTextHasTheSameForm)
@@ -124,7 +110,7 @@ TEST(Guid, WideTextOutsideTheLocaleIsAFailureWhereNarrowTextIsNull)
 {
     EXPECT_EQ("Unicode string cannot be converted to multibyte string. Failed to get buffer size. \n"
               "Failed to convert WString to GUID.",
-              FailureOf([] { Guid::Parse(L"\u00e9"); }));
+              FailureText([] { Guid::Parse(L"\u00e9"); }));
     EXPECT_TRUE(Guid::Parse("\xc3\xa9").IsNull());
 }
 
@@ -135,7 +121,7 @@ TEST(Guid, WideParseFailureCarriesItsContextAlone)
         FailNextAllocation();
         Guid::Parse(L"{00112233-4455-6677-8899-aabbccddeeff}");
     };
-    EXPECT_EQ("std::bad_alloc\nFailed to convert WString to GUID.", FailureOf(parse));
+    EXPECT_EQ("std::bad_alloc\nFailed to convert WString to GUID.", FailureText(parse));
 }
 
 TEST(Guid, ToWStringFailureCarriesItsContext)
@@ -146,7 +132,7 @@ TEST(Guid, ToWStringFailureCarriesItsContext)
         FailNextAllocation();
         value.ToWString();
     };
-    EXPECT_EQ("std::bad_alloc\nFailed to convert GUID to WString.", FailureOf(convert));
+    EXPECT_EQ("std::bad_alloc\nFailed to convert GUID to WString.", FailureText(convert));
 }
 
 TEST(Guid, GeneratedValuesAreRandomAndDiffer)
@@ -201,11 +187,11 @@ TEST(Guid, FromBytesTakesSixteenBytesOnly)
 {
     const std::uint8_t bytes[17] = {};
     EXPECT_EQ("Failed to parse GUID value: invalid size of the specified data (15).",
-              FailureOf([&] { Guid::FromBytes(bytes, 15); }));
+              FailureText([&] { Guid::FromBytes(bytes, 15); }));
     EXPECT_EQ("Failed to parse GUID value: invalid size of the specified data (17).",
-              FailureOf([&] { Guid::FromBytes(bytes, 17); }));
+              FailureText([&] { Guid::FromBytes(bytes, 17); }));
     EXPECT_EQ("Failed to parse GUID value: invalid size of the specified data (0).",
-              FailureOf([] { Guid::FromBytes(nullptr, 0); }));
+              FailureText([] { Guid::FromBytes(nullptr, 0); }));
 }
 
 TEST(Guid, CopyIntoAnArrayMakesItSixteenBytesLong)

@@ -2,6 +2,7 @@
 
 // Bytes of a test as arrays for the flat reader and writer.
 
+#include <cstdint>
 #include <string>
 
 #include <boost/make_shared.hpp>
@@ -24,4 +25,11 @@ std::string BytesOf(const Array& array)
 inline std::string WrittenBy(const cnt::CBufWriter& writer)
 {
     return std::string(writer.GetBuffer()->data(), writer.GetPosition());
+}
+
+// What a read of so many bytes says that the buffer has not.
+inline std::string OutOfBuffer(std::uint64_t buffer, std::uint64_t size, std::uint64_t position)
+{
+    return "Out of the buffer, buffer size '" + std::to_string(buffer) + "', struct size '" +
+           std::to_string(size) + "', buffer pointer '" + std::to_string(position) + "'.";
 }

@@ -78,12 +78,6 @@ std::string FailureOf(const std::string& bytes, const read_t& read)
     return FailureText([&] { read(reader); });
 }
 
-std::string OutOfBuffer(std::uint64_t buffer, std::uint64_t size, std::uint64_t position)
-{
-    return "Out of the buffer, buffer size '" + std::to_string(buffer) + "', struct size '" +
-           std::to_string(size) + "', buffer pointer '" + std::to_string(position) + "'.";
-}
-
 template <class Value>
 Value ReadAs(const std::string& bytes, Value (CBufReader::*read)())
 {

@@ -36,12 +36,6 @@ inline std::string ReadFailure(exc::exc_base_t& exception, const std::string& by
     return FailureText([&] { exception.ReadFrom(reader); });
 }
 
-inline std::string OutOfBuffer(std::size_t buffer, std::size_t size, std::size_t position)
-{
-    return "Out of the buffer, buffer size '" + std::to_string(buffer) + "', struct size '" +
-           std::to_string(size) + "', buffer pointer '" + std::to_string(position) + "'.";
-}
-
 // What a read says whose bytes end within a field. The field is an (i)nteger, a (s)tring or a (b)oolean.
 inline std::string FailureOfCut(char kind, std::size_t field_start, std::size_t field_size, std::size_t end)
 {
