@@ -87,6 +87,8 @@ void SetAgentOption(CAgentOptions& record, const std::string& name, const std::s
          "FsAware file size limit: %1"},
     };
 
+    // The line has a blank before its colon.
+    // Kept: SetAgentOption.TellsOfNameAndValueAsGiven
     default_log.info("Defined non-default option value : option '%1', value '%2'.", name, value);
     const auto* const option =
         std::find_if(std::begin(kOptions), std::end(kOptions),

@@ -96,8 +96,10 @@ public:
 
     // Replace the lines and the trace by those in a buffer, and write them there. Of properties with the same
     // key the first stays. An event with a code other than 1 to 6 is dropped, with the warning "Unexpected
-    // trace event: [<code>]. Info: <info>." in the process log. A read that fails (buf_reader.h) leaves the
-    // exception as it was. Defined in exc_buffer.cpp, which stands above reader, writer and log.
+    // trace event: [<code>]. Info: <info>." in the process log, although AddEvent takes it and WriteTo writes
+    // it. A read that fails (buf_reader.h) leaves the exception as it was. Defined in exc_buffer.cpp, which
+    // stands above reader, writer and log.
+    // Kept: ExcBaseEvents.OtherCodesAreDroppedWithAWarning
     //
     // The number of an errno_exc_t and the file of a file_locked_exc_t do not go through the buffer; reading
     // leaves those of this object.
