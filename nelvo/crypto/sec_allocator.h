@@ -5,10 +5,9 @@
 
 #include <cstddef>
 #include <cstdlib>
+#include <cstring> // explicit_bzero
 #include <new>
 #include <type_traits>
-
-#include <string.h> // explicit_bzero
 
 namespace crypto
 {

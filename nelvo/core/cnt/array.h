@@ -104,7 +104,7 @@ public:
             Move(size);
         else if (size > this->size())
             std::memset(m_end, 0, size - this->size());
-        else if (kSecret)
+        else if (kSecret && size < this->size())
             std::memset(m_begin + size, 0, this->size() - size);
         m_end = m_begin + size;
     }
