@@ -1,6 +1,6 @@
 // What do records cost on their way into memory and back, and through the buffered device into a file?
 
-#include "nelvo/io/binary_value.h"
+#include "nelvo/fs/file_info.h"
 #include "nelvo/io/buffered_stream.h"
 #include "nelvo/io/mem_stream.h"
 
@@ -24,72 +24,43 @@ constexpr std::size_t kFewRecords = 25000;
 constexpr std::size_t kFileRecords = 20000;
 constexpr std::uint32_t kAclMagic = 0x646C6361;
 
-void WriteDate(io::io_dev_t& stream, const file_date_t& date)
+datetime::CDateTime DateOf(const file_date_t& date) { return {date.seconds, date.is_utc}; }
+
+// The same record as the library has it.
+util::FileInfo InfoOf(const file_record_t& record)
 {
-    io::WriteValue(stream, date.is_utc);
-    io::WriteValue(stream, date.seconds);
+    util::FileInfo info;
+    info.type = record.type;
+    info.link_count = record.link_count;
+    info.name = record.name;
+    info.size = record.size;
+    if (record.attributes.has_value())
+        info.meta.attributes = CFileAttributes(*record.attributes);
+    info.meta.changed = DateOf(record.changed);
+    info.meta.modified = DateOf(record.modified);
+    info.meta.accessed = DateOf(record.accessed);
+    info.meta.uid = record.uid;
+    info.meta.gid = record.gid;
+    info.meta.mode = record.mode;
+    info.meta.acl = {record.acl.access, record.acl.fallback};
+    info.extra_data.assign(record.extra_data.data(), record.extra_data.size());
+    return info;
 }
 
-void WriteRecord(io::io_dev_t& stream, const file_record_t& record)
+std::vector<util::FileInfo> FileInfos(std::size_t count)
 {
-    io::WriteOptionalValue(stream, record.type);
-    io::WriteOptionalValue(stream, record.link_count);
-    io::WriteOptionalString(stream, record.name);
-    io::WriteOptionalValue(stream, record.size);
-    io::WriteOptionalValue(stream, record.attributes);
-    WriteDate(stream, record.changed);
-    WriteDate(stream, record.modified);
-    WriteDate(stream, record.accessed);
-    io::WriteOptionalValue(stream, record.uid);
-    io::WriteOptionalValue(stream, record.gid);
-    io::WriteOptionalValue(stream, record.mode);
-    io::WriteValue(stream, kAclMagic);
-    io::WriteOptionalString(stream, record.acl.access);
-    io::WriteOptionalString(stream, record.acl.fallback);
-    io::WriteString(stream, std::string_view(record.extra_data.data(), record.extra_data.size()));
+    std::vector<util::FileInfo> infos;
+    infos.reserve(count);
+    for (const file_record_t& record : FileRecords(count))
+        infos.push_back(InfoOf(record));
+    return infos;
 }
 
-file_date_t ReadDate(io::io_dev_t& stream)
-{
-    return {io::ReadValue<bool>(stream), io::ReadValue<std::int64_t>(stream)};
-}
-
-file_acl_t ReadAcl(io::io_dev_t& stream)
-{
-    if (io::ReadValue<std::uint32_t>(stream) != kAclMagic)
-        std::abort();
-    return {io::ReadOptionalString(stream), io::ReadOptionalString(stream)};
-}
-
-std::vector<char> ReadExtraData(io::io_dev_t& stream)
-{
-    const auto bytes = io::ReadArray<cnt::plain_array_t>(stream);
-    return {bytes.begin(), bytes.end()};
-}
-
-// A list in braces is read in its order.
-file_record_t ReadRecord(io::io_dev_t& stream)
-{
-    return {io::ReadOptionalValue<std::uint32_t>(stream),
-            io::ReadOptionalValue<std::uint32_t>(stream),
-            io::ReadOptionalString(stream),
-            io::ReadOptionalValue<std::uint64_t>(stream),
-            io::ReadOptionalValue<std::uint32_t>(stream),
-            ReadDate(stream),
-            ReadDate(stream),
-            ReadDate(stream),
-            io::ReadOptionalValue<std::uint64_t>(stream),
-            io::ReadOptionalValue<std::uint64_t>(stream),
-            io::ReadOptionalValue<std::uint32_t>(stream),
-            ReadAcl(stream),
-            ReadExtraData(stream)};
-}
-
-boost::shared_ptr<cnt::plain_array_t> WriteRecords(const std::vector<file_record_t>& records)
+boost::shared_ptr<cnt::plain_array_t> WriteRecords(const std::vector<util::FileInfo>& infos)
 {
     io::plain_mem_stream_t stream;
-    for (const file_record_t& record : records)
-        WriteRecord(stream, record);
+    for (const util::FileInfo& info : infos)
+        util::SerializeFileInfo(info, stream);
     return stream.GetArray();
 }
 
@@ -98,8 +69,14 @@ std::uint64_t ReadRecords(const boost::shared_ptr<cnt::plain_array_t>& bytes)
     io::plain_mem_stream_t stream(bytes);
     std::uint64_t sum = 0;
     for (std::size_t i = 0; i != kRecords; ++i)
-        sum += ReadRecord(stream).size.value();
+        sum += util::FileInfo(stream).size.value();
     return sum;
+}
+
+const std::vector<util::FileInfo>& Infos()
+{
+    static const std::vector<util::FileInfo> infos = FileInfos(kRecords);
+    return infos;
 }
 
 const std::vector<file_record_t>& Records()
@@ -113,7 +90,7 @@ void AddWrite()
     constexpr double kGoal = 0.65;
     constexpr double kProtobufGoal = 1.1;
     figure_t("100,000 records to memory")
-        .Ours([] { return WriteRecords(Records()); })
+        .Ours([] { return WriteRecords(Infos()); })
         .Against("Boost.Serialization", kGoal, BoostSerialization(Records()).write)
         .Against("cereal", kGoal, Cereal(Records()).write)
         .Against("protobuf", kProtobufGoal, Protobuf(Records()).write)
@@ -129,7 +106,7 @@ void AddRead()
 {
     constexpr double kGoal = 0.8;
     figure_t("100,000 records from memory")
-        .Ours([bytes = WriteRecords(Records())] { return ReadRecords(bytes); })
+        .Ours([bytes = WriteRecords(Infos())] { return ReadRecords(bytes); })
         .Against("Boost.Serialization", kGoal, ReadWork(BoostSerialization(Records())))
         .Against("cereal", kGoal, ReadWork(Cereal(Records())))
         .Against("protobuf", ReadWork(Protobuf(Records())));
@@ -139,10 +116,10 @@ void AddRead()
 void AddGrowth()
 {
     constexpr double kGoal = 1.3;
-    static const std::vector<file_record_t> records = FileRecords(2 * kFewRecords);
-    static const std::vector<file_record_t> half = FileRecords(kFewRecords);
+    static const std::vector<util::FileInfo> infos = FileInfos(2 * kFewRecords);
+    static const std::vector<util::FileInfo> half = FileInfos(kFewRecords);
     figure_t("50,000 records to memory")
-        .Ours([] { return WriteRecords(records); })
+        .Ours([] { return WriteRecords(infos); })
         .Against("twice 25,000", kGoal,
                  []
                  {
@@ -173,48 +150,72 @@ private:
     int m_file;
 };
 
-// Twelve values and a name. Both ways write the same bytes over the same file, again and again.
-template <class WriteValue, class WriteName>
-void WriteFields(const file_record_t& record, const WriteValue& value, const WriteName& name)
+// The bytes that SerializeFileInfo writes, by hand.
+class by_hand_t
 {
-    value(*record.type);
-    value(*record.link_count);
-    name(*record.name);
-    value(*record.size);
-    value(std::uint32_t{record.changed.is_utc});
-    value(record.changed.seconds);
-    value(std::uint32_t{record.modified.is_utc});
-    value(record.modified.seconds);
-    value(std::uint32_t{record.accessed.is_utc});
-    value(record.accessed.seconds);
-    value(*record.uid);
-    value(*record.gid);
-    value(*record.mode);
-}
+public:
+    explicit by_hand_t(std::ofstream& file) : m_file(file) {}
 
-void WriteToStream(io::io_dev_t& stream, const file_record_t& record)
-{
-    WriteFields(
-        record, [&](auto value) { io::WriteValue(stream, value); },
-        [&](const std::string& name) { io::WriteString(stream, name); });
-}
+    void Write(const file_record_t& record)
+    {
+        Optional(record.type);
+        Optional(record.link_count);
+        OptionalBytes(record.name);
+        Optional(record.size);
+        Optional(record.attributes);
+        for (const file_date_t& date : {record.changed, record.modified, record.accessed})
+        {
+            Value(std::uint32_t{date.is_utc});
+            Value(date.seconds);
+        }
+        Optional(record.uid);
+        Optional(record.gid);
+        Optional(record.mode);
+        Value(kAclMagic);
+        OptionalBytes(record.acl.access);
+        OptionalBytes(record.acl.fallback);
+        Bytes(record.extra_data);
+    }
 
-void WriteToFile(std::ofstream& file, const file_record_t& record)
-{
-    const auto write = [&](auto value) { file.write(reinterpret_cast<const char*>(&value), sizeof(value)); };
-    WriteFields(record, write,
-                [&](const std::string& name)
-                {
-                    write(static_cast<std::uint32_t>(name.size()));
-                    file.write(name.data(), static_cast<std::streamsize>(name.size()));
-                });
-}
+private:
+    template <class T>
+    void Value(T value)
+    {
+        m_file.write(reinterpret_cast<const char*>(&value), sizeof(value));
+    }
 
+    template <class T>
+    void Optional(const std::optional<T>& value)
+    {
+        Value(std::uint32_t{value.has_value()});
+        if (value.has_value())
+            Value(*value);
+    }
+
+    template <class T>
+    void Bytes(const T& bytes)
+    {
+        Value(static_cast<std::uint32_t>(bytes.size()));
+        m_file.write(bytes.data(), static_cast<std::streamsize>(bytes.size()));
+    }
+
+    void OptionalBytes(const std::optional<std::string>& bytes)
+    {
+        Value(std::uint32_t{bytes.has_value()});
+        if (bytes.has_value())
+            Bytes(*bytes);
+    }
+
+    std::ofstream& m_file;
+};
+
+// Both ways write the same bytes over the same file, again and again.
 void AddFile()
 {
     constexpr double kGoal = 0.4;
     static const bench_folder_t folder;
     static const std::vector<file_record_t> records = FileRecords(kFileRecords);
+    static const std::vector<util::FileInfo> infos = FileInfos(kFileRecords);
     const auto device = boost::make_shared<file_dev_t>(folder / "ours");
     const auto stream = std::make_shared<io::buffered_bin_stream_tt>(boost::shared_ptr<io::io_dev_t>(device));
     const auto file = std::make_shared<std::ofstream>(folder / "ofstream", std::ios::binary);
@@ -222,8 +223,8 @@ void AddFile()
         .Ours(
             [device, stream]
             {
-                for (const file_record_t& record : records)
-                    WriteToStream(*stream, record);
+                for (const util::FileInfo& info : infos)
+                    util::SerializeFileInfo(info, *stream);
                 stream->Flush();
                 device->Rewind();
                 return 0;
@@ -231,8 +232,9 @@ void AddFile()
         .Against("std::ofstream", kGoal,
                  [file]
                  {
+                     by_hand_t by_hand(*file);
                      for (const file_record_t& record : records)
-                         WriteToFile(*file, record);
+                         by_hand.Write(record);
                      file->flush().seekp(0);
                      return 0;
                  });

@@ -1,7 +1,7 @@
 #pragma once
 
-// What is known of a file, in the shape in which it is stored: what streams and other libraries are given to
-// write.
+// What is known of a file, as util::FileInfo keeps it, in types of the standard library: what other libraries
+// are given to write.
 
 #include <cstddef>
 #include <cstdint>
@@ -55,7 +55,7 @@ inline std::vector<file_record_t> FileRecords(std::size_t count)
         record.accessed.seconds = seconds + 1;
         record.uid = 1000;
         record.gid = 1000;
-        record.mode = 0100644;
+        record.mode = 644;
     }
     return records;
 }
