@@ -1,9 +1,7 @@
 #include "nelvo/io/binary_value.h"
 
-#include <functional>
 #include <limits>
 #include <stdexcept>
-#include <sys/resource.h>
 #include <vector>
 
 #include <gtest/gtest.h>
@@ -181,16 +179,6 @@ std::string FailureAfter(std::size_t size)
         size -= width;
     }
     return "none";
-}
-
-std::uint64_t PageFaultsOf(const std::function<void()>& call)
-{
-    rusage before = {};
-    rusage after = {};
-    ::getrusage(RUSAGE_SELF, &before);
-    call();
-    ::getrusage(RUSAGE_SELF, &after);
-    return static_cast<std::uint64_t>(after.ru_minflt - before.ru_minflt);
 }
 
 template <class Value>
@@ -520,14 +508,6 @@ TYPED_TEST(BinaryBytes, DeviceIsAskedForAllOfAHostileLengthAtOnce)
     stub_dev_t device(Unhex("ff ff ff ff"));
     Failure([&] { TypeParam::Read(device); });
     EXPECT_EQ(calls_t({"read 4", "read 4294967295"}), device.calls());
-}
-
-TYPED_TEST(BinaryBytes, HostileLengthTouchesNoMemory)
-{
-    constexpr std::uint64_t kPages = (std::uint64_t{1} << 30) / 4096;
-    stub_dev_t device(Unhex("00 00 00 40 61"));
-    // The half is for what a sanitizer notes about the memory.
-    EXPECT_GT(kPages / 2, PageFaultsOf([&] { Failure([&] { TypeParam::Read(device); }); }));
 }
 
 TEST(BinaryValue, ShortWriteOfAStringsBytesIsNotNoticed)
