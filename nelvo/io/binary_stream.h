@@ -31,15 +31,7 @@ public:
     binary_stream_tt& operator=(const binary_stream_tt&) = delete;
 
 protected:
-    // For streams that are derived from one over a device of a kind: over any device.
-    struct as_it_is_t
-    {
-    };
-
-    // A second share of the device, for streams that know of which kind it is.
-    const boost::shared_ptr<io_dev_t>& GetDevice() const { return m_device; }
-
-private:
+    // A second share of the device, for derived streams, which ask it for what its kind has besides.
     boost::shared_ptr<io_dev_t> m_device;
 };
 

@@ -114,14 +114,9 @@ buffered_bin_stream_tt::buffered_bin_stream_tt(const boost::shared_ptr<buffered_
 {
 }
 
-buffered_bin_stream_tt::buffered_bin_stream_tt(as_it_is_t, boost::shared_ptr<io_dev_t> device)
-    : binary_stream_tt(std::move(device))
-{
-}
-
 void buffered_bin_stream_tt::Flush()
 {
-    auto* const device = dynamic_cast<buffered_io_dev_t*>(GetDevice().get());
+    auto* const device = dynamic_cast<buffered_io_dev_t*>(m_device.get());
     if (device == nullptr)
         throw exc::runtime_exc_t("Failed to cast binary stream device to buffered device object.");
     device->Flush();

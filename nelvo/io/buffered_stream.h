@@ -4,7 +4,7 @@
 // it: how records reach a file or a socket without a call of the system for each value.
 //
 //   io::buffered_bin_stream_tt stream(file_device);
-//   info.Serialize(stream);
+//   util::SerializeFileInfo(info, stream);
 //   stream.Flush();
 //
 // Reading is not buffered. Exceptions of the target pass through write, read and Flush.
@@ -78,12 +78,9 @@ public:
     // Over this device.
     explicit buffered_bin_stream_tt(const boost::shared_ptr<buffered_io_dev_t>& device);
 
-    // If the device is no buffered one, exc::runtime_exc_t with "Failed to cast binary stream device to
-    // buffered device object."
+    // That of the device. If there is none, or one of another kind by the doing of a derived class,
+    // exc::runtime_exc_t with "Failed to cast binary stream device to buffered device object."
     void Flush();
-
-protected:
-    buffered_bin_stream_tt(as_it_is_t, boost::shared_ptr<io_dev_t> device);
 
 private:
     // Nothing ever fills it; what it adds is its size.

@@ -82,6 +82,9 @@ template <class Array>
 std::uint64_t mem_dev_tt<Array>::ReadAny(void* buffer, std::uint64_t count)
 {
     const std::uint64_t delivered = std::min(count, GetRemaining());
+    // The offset may lie beyond an array that has shrunk.
+    if (delivered == 0)
+        return 0;
     cnt::CopyBytes(buffer, m_array->data() + m_offset, delivered);
     m_offset += delivered;
     return delivered;
@@ -131,15 +134,9 @@ mem_stream_tt<Array>::mem_stream_tt(const boost::shared_ptr<Array>& array)
 }
 
 template <class Array>
-mem_stream_tt<Array>::mem_stream_tt(as_it_is_t, boost::shared_ptr<io_dev_t> device)
-    : binary_stream_tt(std::move(device))
-{
-}
-
-template <class Array>
 boost::shared_ptr<mem_dev_tt<Array>> mem_stream_tt<Array>::GetMemDevice() const
 {
-    auto device = boost::dynamic_pointer_cast<mem_dev_tt<Array>>(GetDevice());
+    auto device = boost::dynamic_pointer_cast<mem_dev_tt<Array>>(m_device);
     if (device == nullptr)
         throw exc::runtime_exc_t("Failed to cast binary stream device to memory RW device object.");
     return device;

@@ -39,7 +39,8 @@ public:
     const boost::shared_ptr<Array>& GetArray() const { return m_array; }
     std::uint64_t GetOffset() const { return m_offset; }
 
-    // Null if the array is empty. Holds until the array grows.
+    // Null if the array is empty; of no use while the array is shorter than the offset. Holds until the array
+    // grows.
     char* GetCurrentPointer() const;
 
     // The bytes from the offset to the array's end; 0 if the array has shrunk below the offset.
@@ -69,14 +70,11 @@ public:
     mem_stream_tt();
     explicit mem_stream_tt(const boost::shared_ptr<Array>& array);
 
-    // If the device is no memory device, exc::runtime_exc_t with "Failed to cast binary stream device to
-    // memory RW device object."
+    // If a derived class has put another device in the place of the memory device, or none, these throw
+    // exc::runtime_exc_t with "Failed to cast binary stream device to memory RW device object."
     boost::shared_ptr<mem_dev_tt<Array>> GetMemDevice() const;
     boost::shared_ptr<Array> GetArray() const;
     std::uint64_t GetRemaining() const;
-
-protected:
-    mem_stream_tt(as_it_is_t, boost::shared_ptr<io_dev_t> device);
 };
 
 using plain_mem_dev_t = mem_dev_tt<cnt::plain_array_t>;

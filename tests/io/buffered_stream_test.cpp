@@ -11,9 +11,9 @@
 #include "nelvo/core/exc/runtime_exc.h"
 #include "nelvo/io/binary_value.h"
 #include "nelvo/logging/log.h"
-#include "tests/support/thrown.h"
 #include "tests/support/lines_receiver.h"
 #include "tests/support/stub_dev.h"
+#include "tests/support/thrown.h"
 #include "tests/support/vtable_slot.h"
 
 namespace
@@ -70,12 +70,12 @@ public:
     std::vector<const void*> places;
 };
 
-// A stream over a device of the test's choice.
+// A stream whose own share is of a device of the test's choice.
 struct any_stream_t : io::buffered_bin_stream_tt
 {
-    explicit any_stream_t(boost::shared_ptr<io::io_dev_t> device)
-        : io::buffered_bin_stream_tt(as_it_is_t(), std::move(device))
+    explicit any_stream_t(const boost::shared_ptr<io::io_dev_t>& device) : buffered_bin_stream_tt(device)
     {
+        m_device = device;
     }
 };
 
@@ -247,8 +247,10 @@ TEST_F(BufferedIoDev, CountOfForwardedBytesIsReset)
     m_device->ResetForwardedBytes();
     EXPECT_EQ(0u, Forwarded());
     Write("ab");
+    m_device->ResetForwardedBytes();
     m_device->Flush();
     EXPECT_EQ(2u, Forwarded());
+    EXPECT_EQ("abcdefghab", Written());
 }
 
 TEST_F(BufferedIoDev, WhatTheTargetLeavesIsLostAndCounted)

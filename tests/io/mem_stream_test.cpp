@@ -10,9 +10,9 @@
 
 #include "nelvo/core/exc/runtime_exc.h"
 #include "nelvo/io/binary_value.h"
-#include "tests/support/thrown.h"
 #include "tests/support/golden.h"
 #include "tests/support/stub_dev.h"
+#include "tests/support/thrown.h"
 #include "tests/support/vtable_slot.h"
 
 namespace
@@ -63,14 +63,11 @@ std::string Failure(Call call)
 
 const char kNoMemDevice[] = "Failed to cast binary stream device to memory RW device object.";
 
-// A stream over a device of the test's choice.
+// A stream whose own share is of a device of the test's choice.
 template <class Array>
 struct any_stream_tt : io::mem_stream_tt<Array>
 {
-    explicit any_stream_tt(boost::shared_ptr<io::io_dev_t> device)
-        : io::mem_stream_tt<Array>(typename io::mem_stream_tt<Array>::as_it_is_t(), std::move(device))
-    {
-    }
+    explicit any_stream_tt(const boost::shared_ptr<io::io_dev_t>& device) { this->m_device = device; }
 };
 
 } // namespace
@@ -234,8 +231,12 @@ TYPED_TEST(MemDev, HugeWriteIsRefusedAndChangesNothing)
     EXPECT_THROW(this->m_device.write("x", UINT64_MAX), std::bad_alloc);
     EXPECT_THROW(this->m_device.write("x", UINT64_MAX - 3), std::bad_alloc);
     EXPECT_THROW(this->m_device.write("x", UINT64_MAX / 2 + 1), std::bad_alloc);
-    EXPECT_EQ("abc", this->Content());
     EXPECT_EQ(3u, this->m_device.GetOffset());
+    this->m_device.SeekAbsolute(1);
+    EXPECT_THROW(this->m_device.write("x", UINT64_MAX), std::bad_alloc);
+    EXPECT_THROW(this->m_device.write("x", UINT64_MAX - 1), std::bad_alloc);
+    EXPECT_EQ(1u, this->m_device.GetOffset());
+    EXPECT_EQ("abc", this->Content());
 }
 
 TYPED_TEST(MemDev, SeeksUpToTheEnd)
@@ -271,7 +272,9 @@ TYPED_TEST(MemDev, ArrayThatShrankBelowTheOffsetHasNothingLeft)
     EXPECT_EQ("", this->Read(1));
     EXPECT_EQ(5u, this->m_device.GetOffset());
     EXPECT_EQ(SeekFailure("3", "5", "size", "0"), Failure([&] { this->m_device.SeekRelative(0); }));
-    this->m_array->resize(0);
+    *this->m_array = TypeParam();
+    EXPECT_EQ("", this->Read(4));
+    EXPECT_EQ("", this->Read(0));
     EXPECT_EQ(nullptr, this->m_device.GetCurrentPointer());
 }
 
@@ -285,6 +288,10 @@ TYPED_TEST(MemDev, WriteBehindAShrunkArrayFillsTheGapWithZeros)
     this->m_array->resize(2);
     EXPECT_EQ(0u, this->m_device.write(nullptr, 0));
     EXPECT_EQ(Hex(std::string("ab\0\0\0\0", 6)), Hex(this->Content()));
+
+    this->m_array->resize(2);
+    this->Write("ghij");
+    EXPECT_EQ(Hex(std::string("ab\0\0\0\0ghij", 10)), Hex(this->Content()));
 }
 
 TYPED_TEST(MemDev, ArrayOutlivesTheDevice)

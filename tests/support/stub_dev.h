@@ -5,8 +5,8 @@
 //
 //   const auto device = boost::make_shared<stub_dev_t>("\x04\x03\x02\x01");
 //   device->TakeOnly(3);          the next call
-//   device->Answer(5, -1);        the sixth call from now
-//   device->Fail(0, "no disk");
+//   device->Answer(4, 1);         the call behind that one
+//   device->Fail("no disk", 2);
 
 #include <cstddef>
 #include <cstdint>
