@@ -7,6 +7,8 @@
 #include <new>
 #include <type_traits>
 
+#include <string.h> // explicit_bzero
+
 #include "nelvo/core/exc/runtime_exc.h"
 #include "nelvo/core/util/numeric_cast.h"
 #include "nelvo/crypto/sec_allocator.h"
@@ -18,8 +20,6 @@ namespace
 
 // A length up to here costs little even if it is false, and its bytes are read to where they stay.
 constexpr std::uint32_t kShortLength = 4096;
-
-std::uint32_t CheckedLength(std::uint64_t length) { return util::NumericCast<std::uint32_t>(length); }
 
 void CheckReceived(std::uint64_t received, std::uint32_t length)
 {
@@ -56,19 +56,30 @@ void ReadInto(io_dev_t& stream, std::string& text)
     CheckReceived(stream.read(text.data(), length), length);
 }
 
-// Wipes what was filled of a block: to wipe the rest would touch all that a false length asks for.
+// Wipes what a block holds up to a size, and writes to nothing else: that would take memory for all that a
+// false length asks for.
 struct secret_deleter_t
 {
-    void operator()(char* block) const noexcept { crypto::sec_allocator_t<char>().deallocate(block, filled); }
+    void operator()(char* block) const noexcept
+    {
+        static constexpr char kZeros[4096] = {};
+        for (std::size_t done = 0; done < size; done += sizeof(kZeros))
+        {
+            const std::size_t piece = std::min(sizeof(kZeros), size - done);
+            if (std::memcmp(block + done, kZeros, piece) != 0)
+                ::explicit_bzero(block + done, piece);
+        }
+        crypto::sec_allocator_t<char>().deallocate(block, 0);
+    }
 
-    std::size_t filled;
+    std::size_t size;
 };
 
 cnt::secure_array_t ReadLongSecret(io_dev_t& stream, std::uint32_t length)
 {
     std::unique_ptr<char, secret_deleter_t> block(crypto::sec_allocator_t<char>().allocate(length), {length});
     const std::uint64_t received = stream.read(block.get(), length);
-    block.get_deleter().filled = std::min<std::uint64_t>(received, length);
+    block.get_deleter().size = std::min<std::uint64_t>(received, length);
     CheckReceived(received, length);
     return {block.get(), length};
 }
@@ -91,7 +102,7 @@ void ThrowShortRead(std::uint64_t received, std::uint64_t expected)
 
 void WriteString(io_dev_t& stream, std::string_view text)
 {
-    WriteValue(stream, CheckedLength(text.size()));
+    WriteValue(stream, util::NumericCast<std::uint32_t>(text.size()));
     stream.write(text.data(), text.size());
 }
 

@@ -105,16 +105,16 @@ std::optional<Value> ReadOptionalValue(io_dev_t& stream)
 void WriteString(io_dev_t& stream, std::string_view text);
 
 // A short read is "Failed to retrieve string from the IO device: received less bytes (<received>) than
-// expected (<expected>)." with received as a signed number. For a length of 0 nothing more is read. The length
-// is not limited: memory for all of it is asked for before the bytes are read (std::bad_alloc), but above a
-// few kibibytes only touched as far as they come.
+// expected (<expected>)." with received as a signed number. For a length of 0 nothing more is read. The
+// length is not limited: memory for all of it is asked for before the bytes are read (std::bad_alloc), but
+// above a few kibibytes only touched as far as they come.
 std::string ReadString(io_dev_t& stream);
 
 void WriteOptionalString(io_dev_t& stream, const std::optional<std::string>& value);
 std::optional<std::string> ReadOptionalString(io_dev_t& stream);
 
 // A byte array, as WriteString and ReadString do it, with their texts. What was read of a secure one is wiped
-// when it turns out too short.
+// when it turns out too short or the device throws.
 template <class Array>
 void WriteArray(io_dev_t& stream, const Array& bytes)
 {

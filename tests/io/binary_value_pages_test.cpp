@@ -2,6 +2,7 @@
 
 #include "nelvo/io/binary_value.h"
 
+#include <stdexcept>
 #include <string>
 #include <sys/resource.h>
 
@@ -43,6 +44,28 @@ long PagesOfAFalseLength(Read read)
     return PagesTouchedBy([&] { fail("00 00 00 40 61"); });
 }
 
+// Delivers the length of 1 GiB and throws behind the first byte.
+class breaking_dev_t : public io::io_dev_t
+{
+public:
+    std::uint64_t write(const void*, std::uint64_t) override { return 0; }
+    std::uint64_t read(void* buffer, std::uint64_t count) override
+    {
+        if (count == 4)
+            return Unhex("00 00 00 40").copy(static_cast<char*>(buffer), 4);
+        *static_cast<char*>(buffer) = 'a';
+        throw std::runtime_error("no line");
+    }
+};
+
+// In kibibytes.
+long MostMemory()
+{
+    rusage usage = {};
+    ::getrusage(RUSAGE_SELF, &usage);
+    return usage.ru_maxrss;
+}
+
 } // namespace
 
 TEST(BinaryValuePages, FalseLengthOfAStringTouchesAHandful)
@@ -60,4 +83,13 @@ TEST(BinaryValuePages, FalseLengthOfASecureArrayTouchesAHandful)
 {
     EXPECT_GT(kHandful,
               PagesOfAFalseLength([](io::io_dev_t& device) { io::ReadArray<cnt::secure_array_t>(device); }));
+}
+
+TEST(BinaryValuePages, SecureArrayOfADeviceThatThrowsTakesNoMemoryForItsLength)
+{
+    constexpr long kMebibyte = 1024;
+    breaking_dev_t device;
+    const long before = MostMemory();
+    EXPECT_EQ("no line", Thrown<std::runtime_error>([&] { io::ReadArray<cnt::secure_array_t>(device); }));
+    EXPECT_GT(kMebibyte, MostMemory() - before);
 }
