@@ -50,6 +50,14 @@ TYPED_TEST(Array, StartsEmptyAndWithoutMemory)
     EXPECT_EQ(nullptr, TypeParam(0).data());
 }
 
+TYPED_TEST(Array, NothingIsTakenForASizeOfZero)
+{
+    TypeParam array(0);
+    array.resize(0);
+    EXPECT_EQ(nullptr, array.data());
+    EXPECT_EQ(0u, array.capacity());
+}
+
 TYPED_TEST(Array, NewBytesAreZero)
 {
     TypeParam array(2);
