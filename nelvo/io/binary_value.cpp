@@ -7,8 +7,6 @@
 #include <new>
 #include <type_traits>
 
-#include <string.h> // explicit_bzero
-
 #include "nelvo/core/exc/runtime_exc.h"
 #include "nelvo/core/util/numeric_cast.h"
 #include "nelvo/crypto/sec_allocator.h"
