@@ -1,0 +1,66 @@
+#pragma once
+
+// The one object of its kind in a process: built by the first call that asks for it, released when the
+// process exits. Callers that keep their share may use it for as long as they live; a call after the release,
+// in the destructor of a static object for instance, builds a new one.
+//
+//   boost::shared_ptr<table_t> table_t::GetInstance()
+//   {
+//       return util::process_instance_tt<table_t>::Get([] { return boost::make_shared<table_t>(); });
+//   }
+
+#include <cstdlib>
+
+#include <boost/shared_ptr.hpp>
+#include <boost/thread/lock_guard.hpp>
+#include <boost/thread/recursive_mutex.hpp>
+
+namespace util
+{
+
+template <class Object>
+class process_instance_tt
+{
+public:
+    // Builds under a mutex, so that of several first calls one builds and the others wait. If building
+    // throws, the next call tries again.
+    template <class Build>
+    static boost::shared_ptr<Object> Get(const Build& build)
+    {
+        holder_t& holder = Holder();
+        const boost::lock_guard<boost::recursive_mutex> lock(holder.mutex);
+        if (holder.instance == nullptr)
+        {
+            holder.instance = build();
+            // A full table of exit handlers leaves the object to the end of the process.
+            std::atexit(&Release);
+        }
+        return holder.instance;
+    }
+
+    // Builds the mutex. For a static initialiser, where that must happen before main.
+    static bool Prepare() { return &Holder() != nullptr; }
+
+private:
+    struct holder_t
+    {
+        boost::recursive_mutex mutex;
+        boost::shared_ptr<Object> instance;
+    };
+
+    // Never destroyed: calls may come as late as they like.
+    static holder_t& Holder()
+    {
+        static auto& holder = *new holder_t;
+        return holder;
+    }
+
+    static void Release()
+    {
+        boost::shared_ptr<Object> last;
+        const boost::lock_guard<boost::recursive_mutex> lock(Holder().mutex);
+        last.swap(Holder().instance);
+    }
+};
+
+} // namespace util
