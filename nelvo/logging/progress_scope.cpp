@@ -2,6 +2,8 @@
 
 #include <utility>
 
+#include "nelvo/monitoring/thread_state.h"
+
 // A closing operation forms its text, then asks Close whether its line is to be written. close_failed leaves
 // the forming to the message call, which throws nothing: the destructor calls it.
 
@@ -11,11 +13,13 @@ progress_scope_t::progress_scope_t(bool silent, const logging::log_channel_t& ch
 {
     if (!m_silent)
         m_channel->detail(m_text);
+    monitoring::PushThreadMark(m_text);
     m_channel->raise_indent();
 }
 
 progress_scope_t::~progress_scope_t()
 {
+    monitoring::PopThreadMark();
     if (!m_closed)
         close_failed();
 }
@@ -57,10 +61,12 @@ quiet_progress_scope_t::quiet_progress_scope_t(const logging::log_channel_t& cha
                                                const logging::message_t& message)
     : m_channel(&channel), m_text(message.form())
 {
+    monitoring::PushThreadMark(m_text);
 }
 
 quiet_progress_scope_t::~quiet_progress_scope_t()
 {
+    monitoring::PopThreadMark();
     if (!m_closed)
         close_failed();
 }
