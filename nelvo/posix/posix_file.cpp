@@ -19,6 +19,7 @@
 #include "nelvo/core/util/to_text.h"
 #include "nelvo/logging/channels.h"
 #include "nelvo/logging/progress_scope.h"
+#include "nelvo/monitoring/thread_counters.h"
 
 namespace posix
 {
@@ -187,8 +188,10 @@ void posix_file_t::WriteBytes(stream_size_t length, const void* data)
     const char* next = static_cast<const char*>(data);
     while (length > 0)
     {
+        workload::WriteCounters().Start();
         const ssize_t written = ::write(m_descriptor, next, static_cast<std::size_t>(length));
         const int error = errno;
+        workload::WriteCounters().Stop(written);
         if (written != -1)
         {
             next += written;
@@ -215,8 +218,10 @@ stream_size_t posix_file_t::ReadBytes(void* buffer, stream_size_t length)
     stream_size_t total = 0;
     while (total < length)
     {
+        workload::ReadCounters().Start();
         const ssize_t count = ::read(m_descriptor, first + total, static_cast<std::size_t>(length - total));
         const int error = errno;
+        workload::ReadCounters().Stop(count);
         if (count == 0)
             break;
         if (count != -1)
