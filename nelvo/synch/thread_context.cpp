@@ -1,11 +1,11 @@
 #include "nelvo/synch/thread_context.h"
 
+#include <cstdlib>
+#include <memory>
 #include <utility>
-#include <vector>
 
 #include <boost/make_shared.hpp>
 #include <boost/thread/lock_guard.hpp>
-#include <boost/thread/locks.hpp>
 #include <boost/thread/tss.hpp>
 
 namespace synch
@@ -14,10 +14,17 @@ namespace
 {
 
 using lock_t = boost::lock_guard<boost::recursive_mutex>;
+using slot_t = boost::thread_specific_ptr<SSmartPointerContainer>;
 
-boost::thread_specific_ptr<SSmartPointerContainer>& Slot()
+// Never destroyed: calls may come as late as they like. A full table of exit handlers leaves the context of
+// the exiting thread to the end of the process.
+slot_t& Slot()
 {
-    static boost::thread_specific_ptr<SSmartPointerContainer> slot;
+    static slot_t& slot = []() -> slot_t&
+    {
+        std::atexit([] { Slot().reset(); });
+        return *new slot_t;
+    }();
     return slot;
 }
 
@@ -33,10 +40,13 @@ CThreadContext::~CThreadContext()
 
 boost::shared_ptr<CThreadContext> CThreadContext::GetCurrent()
 {
-    auto& slot = Slot();
-    if (slot.get() == nullptr)
-        slot.reset(new SSmartPointerContainer{boost::make_shared<CThreadContext>()});
-    return slot->context;
+    slot_t& slot = Slot();
+    if (const SSmartPointerContainer* const held = slot.get())
+        return held->context;
+    auto made = std::make_unique<SSmartPointerContainer>();
+    made->context = boost::make_shared<CThreadContext>();
+    slot.reset(made.get());
+    return made.release()->context;
 }
 
 void CThreadContext::SetParent(const boost::shared_ptr<CThreadContext>& parent) { m_parent = parent; }
@@ -63,15 +73,42 @@ void CThreadContext::ResetOwnerThread()
     m_ptr_owner_thread_id.reset();
 }
 
+// The mutexes of a context and its ancestors, as far as they have been asked for.
+class CThreadContext::chain_lock_t
+{
+public:
+    explicit chain_lock_t(const CThreadContext& child) : m_child(&child) {}
+    ~chain_lock_t()
+    {
+        for (const CThreadContext* context = m_child; context != m_next; context = context->m_parent.get())
+            context->m_mutex.unlock();
+    }
+    chain_lock_t(const chain_lock_t&) = delete;
+    chain_lock_t& operator=(const chain_lock_t&) = delete;
+
+    // The next context of the chain, locked; null behind the last.
+    const CThreadContext* Next()
+    {
+        const CThreadContext* const context = m_next;
+        if (context != nullptr)
+        {
+            context->m_mutex.lock();
+            m_next = context->m_parent.get();
+        }
+        return context;
+    }
+
+private:
+    const CThreadContext* m_child;
+    const CThreadContext* m_next = m_child;
+};
+
 CThreadContext::owner_id_t CThreadContext::GetOwnerThread() const
 {
-    std::vector<boost::unique_lock<boost::recursive_mutex>> locks;
-    for (const CThreadContext* context = this; context != nullptr; context = context->m_parent.get())
-    {
-        locks.emplace_back(context->m_mutex);
+    chain_lock_t lock(*this);
+    while (const CThreadContext* const context = lock.Next())
         if (context->m_ptr_owner_thread_id != nullptr)
             return context->m_ptr_owner_thread_id;
-    }
     return nullptr;
 }
 

@@ -23,8 +23,8 @@ public:
     CThreadContext(const CThreadContext&) = delete;
     CThreadContext& operator=(const CThreadContext&) = delete;
 
-    // The calling thread's. The first call in a thread makes one without a parent, and the end of the thread
-    // gives it up.
+    // The calling thread's. The first call in a thread makes one without a parent, and the end of the thread,
+    // or the exit of the process on it, gives it up.
     static boost::shared_ptr<CThreadContext> GetCurrent();
 
     // Before others look at the context. A chain must not become a ring.
@@ -42,6 +42,8 @@ public:
     owner_id_t GetOwnerThread() const;
 
 private:
+    class chain_lock_t;
+
     boost::shared_ptr<CThreadContext> m_parent;
     std::atomic<bool> m_memFsDisabled{false};
     mutable boost::recursive_mutex m_mutex; // of the owner's id alone
