@@ -92,15 +92,18 @@ void posix_manual_reset_event_t::reset()
     m_signalled = false;
 }
 
+// An event that is set while the wait times out counts as not set.
+// Kept: ManualResetEventCalls.FlagIsNotReadAgainAfterTheTimeout
 bool posix_manual_reset_event_t::wait(std::int32_t timeout)
 {
-    const timespec deadline = DeadlineOf(timeout);
+    // A deadline of now has passed: nothing to wait for.
+    const bool waits = timeout != 0;
+    const timespec deadline = waits ? DeadlineOf(timeout) : timespec{};
     int result = 0;
     {
         const locked_t lock(m_mutex, "wait for event failed (lock)");
         while (result == 0 && !m_signalled)
-            // A deadline of now has passed: nothing to wait for.
-            result = timeout != 0 ? ::pthread_cond_timedwait(&m_cond, &m_mutex, &deadline) : ETIMEDOUT;
+            result = waits ? ::pthread_cond_timedwait(&m_cond, &m_mutex, &deadline) : ETIMEDOUT;
         if (result == 0)
             return true;
     }

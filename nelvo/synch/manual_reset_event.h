@@ -21,7 +21,8 @@ class posix_manual_reset_event_t
 {
 public:
     // A failure carries errno, although the POSIX calls return their code; all others carry the call's
-    // result. Kept: ManualResetEventCalls.CreationFailureCarriesErrnoInsteadOfTheResult
+    // result.
+    // Kept: ManualResetEventCalls.CreationFailureCarriesErrnoInsteadOfTheResult
     explicit posix_manual_reset_event_t(bool signalled);
     ~posix_manual_reset_event_t();
     posix_manual_reset_event_t(const posix_manual_reset_event_t&) = delete;
@@ -32,8 +33,8 @@ public:
     void reset();
 
     // Whether the event was seen set within the timeout, in ms; -1 is 21 days, the longest wait there is. The
-    // state stays as it is. The deadline is one of the wall clock (pthread_cond_timedwait(3) on the real-time
-    // clock): a clock that is put back makes the wait longer.
+    // state stays as it is; 0 just reads it. The deadline is one of the wall clock (pthread_cond_timedwait(3)
+    // on the real-time clock): a clock that is put back makes the wait longer.
     // Kept: ManualResetEventCalls.LongestWaitEndsAfter21Days
     bool wait(std::int32_t timeout);
 
