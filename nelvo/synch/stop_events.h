@@ -42,8 +42,8 @@ private:
 class CStopEvtThreadRegistration
 {
 public:
-    // The id is the low half of the parent's, and is widened with its sign. Of a parent whose id doesn't fit
-    // into 32 bits nothing is inherited.
+    // The id is the low half of the parent's, and is widened with its sign: where the parent's doesn't fit
+    // into 32 bits nothing is inherited, unless another thread has the id that comes of it.
     // Kept: StopEvtThreadRegistration.InheritsNothingFromAParentWhoseIdIsWider
     explicit CStopEvtThreadRegistration(std::int32_t parent_id);
 

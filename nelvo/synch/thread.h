@@ -29,20 +29,26 @@ class thread_t
 public:
     using proc_t = void* (*)(void*);
 
-    // Starts the thread, which calls the body with the argument; what the body returns is ignored. If the
-    // system gives no thread, throws boost::thread_resource_error with code 11 (EAGAIN).
+    // Starts the thread, which calls the body with the argument; what the body returns is ignored. The body
+    // may run before the constructor has returned. If the system gives no thread, throws
+    // boost::thread_resource_error with code 11 (EAGAIN).
     thread_t(proc_t proc, void* arg, const std::string& role);
 
     // Waits for the end of the system's thread for as long as it takes, unless called on that thread, which
-    // then goes on by itself. Logs a failure, with "~thread_t".
+    // then goes on by itself. Logs a failure, with "~thread_t". It is an interruption point of Boost, and an
+    // interruption ends the process.
     ~thread_t();
 
     thread_t(const thread_t&) = delete;
     thread_t& operator=(const thread_t&) = delete;
 
+    // Throws exc::runtime_exc_t with "Cannot get thread id. m_ptr_boost_thread not set." if the body asks
+    // while the constructor has yet to take over the thread.
     boost::thread::id get_id() const;
 
-    // Whether the body has not ended yet. Throws what the event throws (manual_reset_event.h).
+    // Whether the body has not ended yet. Throws what the event throws (manual_reset_event.h). The checked
+    // form fails like get_id, and speaks of the id too, with a colon in place of the full stop.
+    // Kept: ThreadCalls.BodyThatOutrunsTheConstructorHasNoThreadYet
     bool is_running() const;
     bool is_running_checked() const;
 
