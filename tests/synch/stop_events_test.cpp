@@ -220,6 +220,17 @@ TEST_F(StopEvtThreadRegistration, TakesAnyEventOfTheThreadAwayAtItsEnd)
     static_assert(std::is_nothrow_destructible_v<registration_t>);
 }
 
+TEST_F(StopEvtThreadRegistration, KeepsTheCollection)
+{
+    const auto collection = synch::CStopEvtCollection::GetInstance();
+    const long count = collection.use_count();
+    {
+        const registration_t registration(0);
+        EXPECT_EQ(count + 1, collection.use_count());
+    }
+    EXPECT_EQ(count, collection.use_count());
+}
+
 TEST_F(StopEvtThreadRegistration, InheritsNothingFromAParentWhoseIdIsWider)
 {
     const auto inherited = []

@@ -1,6 +1,7 @@
 #include "nelvo/synch/thread.h"
 
 #include <atomic>
+#include <csignal>
 #include <functional>
 #include <memory>
 #include <stdexcept>
@@ -195,7 +196,8 @@ TEST_F(Thread, OtherExceptionsAreNotCaughtAndTheThreadNeverCountsAsFinished)
 TEST_F(Thread, OtherExceptionsEndTheProcess)
 {
     ::testing::GTEST_FLAG(death_test_style) = "threadsafe";
-    EXPECT_DEATH(RunToTheEnd([] { throw 1; }), "terminate called after throwing an instance of 'int'");
+    EXPECT_EXIT(RunToTheEnd([] { throw 1; }), ::testing::KilledBySignal(SIGABRT),
+                "terminate called after throwing an instance of 'int'");
 }
 
 TEST_F(Thread, IsRunningUntilItsBodyHasEnded)
@@ -319,7 +321,7 @@ TEST_F(Thread, InterruptionOfTheDestructorEndsTheProcess)
         destroyer.interrupt();
         destroyer.join();
     };
-    EXPECT_DEATH(destroy_interrupted(), "terminate called");
+    EXPECT_EXIT(destroy_interrupted(), ::testing::KilledBySignal(SIGABRT), "terminate called");
 }
 
 // The creator has no context before, and changes it while the thread runs.
