@@ -45,12 +45,11 @@ int Answered(const std::string& name, const std::string& call, int otherwise = 0
     return answer;
 }
 
-// The function that stands behind this program's.
+// The function that stands behind this program's: the C library's, or a sanitizer's.
 template <class Function>
-Function* Real(const char* name, const char* version = nullptr)
+Function* Real(const char* name)
 {
-    void* const found = version != nullptr ? ::dlvsym(RTLD_NEXT, name, version) : ::dlsym(RTLD_NEXT, name);
-    return reinterpret_cast<Function*>(found != nullptr ? found : ::dlsym(RTLD_NEXT, name));
+    return reinterpret_cast<Function*>(::dlsym(RTLD_NEXT, name));
 }
 
 std::string DeadlineText(const timespec& deadline)
@@ -98,13 +97,11 @@ extern "C" int pthread_mutex_unlock(pthread_mutex_t* mutex)
     return real(mutex);
 }
 
-// The oldest versions of the following are for programs of another age.
-
 extern "C" int pthread_cond_init(pthread_cond_t* condition, const pthread_condattr_t* attributes)
 {
     if (g_watched)
         return Answered("cond_init", attributes == nullptr ? "cond_init" : "cond_init of some kind");
-    static auto* const real = Real<decltype(pthread_cond_init)>("pthread_cond_init", "GLIBC_2.3.2");
+    static auto* const real = Real<decltype(pthread_cond_init)>("pthread_cond_init");
     return real(condition, attributes);
 }
 
@@ -112,7 +109,7 @@ extern "C" int pthread_cond_destroy(pthread_cond_t* condition)
 {
     if (g_watched)
         return Answered("cond_destroy", "cond_destroy");
-    static auto* const real = Real<decltype(pthread_cond_destroy)>("pthread_cond_destroy", "GLIBC_2.3.2");
+    static auto* const real = Real<decltype(pthread_cond_destroy)>("pthread_cond_destroy");
     return real(condition);
 }
 
@@ -120,7 +117,7 @@ extern "C" int pthread_cond_broadcast(pthread_cond_t* condition)
 {
     if (g_watched)
         return Answered("broadcast", "broadcast");
-    static auto* const real = Real<decltype(pthread_cond_broadcast)>("pthread_cond_broadcast", "GLIBC_2.3.2");
+    static auto* const real = Real<decltype(pthread_cond_broadcast)>("pthread_cond_broadcast");
     return real(condition);
 }
 
@@ -129,8 +126,7 @@ extern "C" int pthread_cond_timedwait(pthread_cond_t* condition, pthread_mutex_t
 {
     if (!g_watched)
     {
-        static auto* const real =
-            Real<decltype(pthread_cond_timedwait)>("pthread_cond_timedwait", "GLIBC_2.3.2");
+        static auto* const real = Real<decltype(pthread_cond_timedwait)>("pthread_cond_timedwait");
         ++g_wait_count;
         return real(condition, mutex, deadline);
     }

@@ -58,12 +58,11 @@ void* RunRoutine(void* argument)
     return routine->routine(routine->argument);
 }
 
+// The function that stands behind this program's: the C library's, or a sanitizer's.
 template <class Function>
 Function* Real(const char* name)
 {
-    // The condition's functions have older versions too, for programs of another age.
-    void* const found = ::dlvsym(RTLD_NEXT, name, "GLIBC_2.3.2");
-    return reinterpret_cast<Function*>(found != nullptr ? found : ::dlsym(RTLD_NEXT, name));
+    return reinterpret_cast<Function*>(::dlsym(RTLD_NEXT, name));
 }
 
 } // namespace
