@@ -109,14 +109,17 @@ void* Call(void* body)
     return nullptr;
 }
 
-// The wrapper's holder of the thread's id, which no operation takes away.
-template <auto Member>
-struct id_holder_tt
-{
-    friend auto& IdHolder(thread_t& thread) { return thread.*Member; }
-};
+// The wrapper's shares, which no operation gives out or takes away.
 auto& IdHolder(thread_t& thread);
-template struct id_holder_tt<&thread_t::m_ptr_thread_id>;
+auto& FinishedEvent(thread_t& thread);
+
+template <auto IdMember, auto EventMember>
+struct shares_tt
+{
+    friend auto& IdHolder(thread_t& thread) { return thread.*IdMember; }
+    friend auto& FinishedEvent(thread_t& thread) { return thread.*EventMember; }
+};
+template struct shares_tt<&thread_t::m_ptr_thread_id, &thread_t::m_ptr_finished_event>;
 
 template <class Exception>
 std::string Thrown(const body_t& work)
@@ -302,7 +305,12 @@ TEST_F(ThreadCalls, WaitersKeepTheEventOfAWrapperThatGoes)
     for (const body_t& wait : waits)
     {
         event_t has_begun(false);
-        body_t on_wait = [&] { has_begun.set(); };
+        long shares = 0;
+        body_t on_wait = [&]
+        {
+            shares = FinishedEvent(m_wrapper.thread()).use_count();
+            has_begun.set();
+        };
         m_wrapper.Start(
             [&]
             {
@@ -311,6 +319,7 @@ TEST_F(ThreadCalls, WaitersKeepTheEventOfAWrapperThatGoes)
             });
         g_on_wait = &on_wait;
         wait();
+        EXPECT_EQ(3, shares); // of the wrapper, of the thread and of the waiter
         m_wrapper.WaitForTheEnd();
     }
 }
