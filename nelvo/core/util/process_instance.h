@@ -39,7 +39,11 @@ public:
     }
 
     // Builds the mutex. For a static initialiser, where that must happen before main.
-    static bool Prepare() { return &Holder() != nullptr; }
+    static bool Prepare()
+    {
+        Holder();
+        return true;
+    }
 
 private:
     struct holder_t
