@@ -236,7 +236,7 @@ TEST_F(StopEvtThreadRegistration, InheritsNothingFromAParentWhoseIdIsWider)
     const auto inherited = []
     {
         Set(NewEvent());
-        const event_ptr_t event = InheritedFrom(pthread_self());
+        event_ptr_t event = InheritedFrom(pthread_self());
         Remove();
         return event;
     };

@@ -22,7 +22,7 @@ void RunOnThread(const std::function<void()>& body) { std::thread(body).join(); 
 
 context_ptr_t ChildOf(const context_ptr_t& parent)
 {
-    const auto context = boost::make_shared<CThreadContext>();
+    auto context = boost::make_shared<CThreadContext>();
     context->SetParent(parent);
     return context;
 }

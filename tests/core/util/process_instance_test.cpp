@@ -53,6 +53,7 @@ TEST(ProcessInstance, RacingFirstCallsBuildOnce)
     std::atomic<int> built{0};
     std::vector<boost::shared_ptr<object_tt<2>>> objects(kThreads);
     std::vector<std::thread> threads;
+    threads.reserve(kThreads);
     for (auto& object : objects)
         threads.emplace_back(
             [&]
