@@ -13,8 +13,16 @@ progress_scope_t::progress_scope_t(bool silent, const logging::log_channel_t& ch
 {
     if (!m_silent)
         m_channel->detail(m_text);
-    monitoring::PushThreadMark(m_text);
     m_channel->raise_indent();
+    try
+    {
+        monitoring::PushThreadMark(m_text);
+    }
+    catch (...)
+    {
+        m_channel->lower_indent();
+        throw;
+    }
 }
 
 progress_scope_t::~progress_scope_t()

@@ -1,16 +1,22 @@
 #include "nelvo/logging/progress_scope.h"
 
+#include <new>
+#include <regex>
 #include <stdexcept>
+#include <string>
 #include <thread>
 #include <type_traits>
+#include <vector>
 
 #include <boost/make_shared.hpp>
 #include <gtest/gtest.h>
 
 #include "nelvo/core/exc/runtime_exc.h"
 #include "nelvo/logging/log.h"
+#include "nelvo/monitoring/thread_state.h"
 #include "tests/support/failing_memory.h"
 #include "tests/support/lines_receiver.h"
+#include "tests/support/placed_thread.h"
 
 namespace
 {
@@ -36,6 +42,38 @@ class ProgressScope : public Scopes
 
 class QuietProgressScope : public Scopes
 {
+};
+
+// What scopes leave in the state of their thread.
+class Marks : public Scopes
+{
+protected:
+    ~Marks() override { logging::GetProcessLog()->set_receiver({}); }
+
+    template <class Body>
+    void OnTracedThread(Body body)
+    {
+        RunOnThreadAt(kBelow2To31,
+                      [&]
+                      {
+                          const auto table = monitoring::CThreadStatesCollection::GetInstance();
+                          const auto state = boost::make_shared<monitoring::CThreadState>("test");
+                          table->Add(state);
+                          body();
+                          table->Remove(state);
+                      });
+    }
+
+    // The calling thread's, each in brackets, oldest first.
+    static std::string Now()
+    {
+        static const std::regex line("       \\|     Function: (.*)\\. Time: [0-9]+ seconds ago\\.\n");
+        const auto dump = boost::make_shared<lines_receiver_t>();
+        logging::GetProcessLog()->set_receiver(dump);
+        monitoring::CThreadStatesCollection::GetInstance()->GetCurrentState()->DumpToLog();
+        const std::string text = WithoutHeads(dump->text());
+        return std::regex_replace(text.substr(text.find('\n') + 1), line, "[$1]");
+    }
 };
 
 } // namespace
@@ -313,6 +351,127 @@ TEST_F(QuietProgressScope, FirstCloseWins)
     quietly.close_quietly();
     quietly.close_failed();
     EXPECT_EQ("agentid| %01 Failed.\n", Written());
+}
+
+TEST_F(Marks, StandWhileTheirScopesDo)
+{
+    OnTracedThread(
+        [this]
+        {
+            const progress_scope_t outer(m_channel, "outer");
+            {
+                const quiet_progress_scope_t quiet(m_channel, "quiet");
+                const progress_scope_t silent(true, m_channel, "silent");
+                EXPECT_EQ("[outer][quiet][silent]", Now());
+            }
+            EXPECT_EQ("[outer]", Now());
+        });
+}
+
+TEST_F(Marks, CarryTheFormedText)
+{
+    OnTracedThread(
+        [this]
+        {
+            const progress_scope_t scope(m_channel, "%1 of %2", 1, 3);
+            const progress_scope_t wide(m_channel, L"\xe4%1", L"%2");
+            const quiet_progress_scope_t quiet(m_channel, "%1%2", "%2", "a");
+            const quiet_progress_scope_t text(m_channel, "%1");
+            EXPECT_EQ("[1 of 3][\xc3\xa4%2][%2a][%1]", Now());
+        });
+}
+
+TEST_F(Marks, StayWhenTheScopeIsClosedByHand)
+{
+    OnTracedThread(
+        [this]
+        {
+            {
+                progress_scope_t first(m_channel, "first");
+                quiet_progress_scope_t second(m_channel, "second");
+                first.close_ok();
+                second.close_quietly();
+                EXPECT_EQ("[first][second]", Now());
+            }
+            EXPECT_EQ("", Now());
+        });
+}
+
+TEST_F(Marks, ComeAfterTheOpeningLineAndGoBeforeThatOfTheDestructor)
+{
+    std::vector<std::string> marks;
+    m_receiver->set_hook([&] { marks.push_back(Now()); });
+    OnTracedThread(
+        [this]
+        {
+            const progress_scope_t scope(m_channel, "a");
+            const quiet_progress_scope_t quiet(m_channel, "b");
+            m_channel.info("line");
+        });
+    EXPECT_EQ((std::vector<std::string>{"", "[a][b]", "[a]", ""}), marks);
+    EXPECT_EQ("agentid| a\nagentid|   line\nagentid|   b Failed.\nagentid| a Failed.\n", Written());
+}
+
+TEST_F(Marks, StandWhenAClosingOperationWritesItsLine)
+{
+    std::vector<std::string> marks;
+    OnTracedThread(
+        [&]
+        {
+            progress_scope_t scope(m_channel, "a");
+            quiet_progress_scope_t quiet(m_channel, "b");
+            m_receiver->set_hook([&] { marks.push_back(Now()); });
+            quiet.close_failed();
+            scope.close_with("done");
+        });
+    EXPECT_EQ((std::vector<std::string>{"[a][b]", "[a][b]"}), marks);
+}
+
+TEST_F(Marks, GoWhenAnExceptionPassesTheirScopes)
+{
+    OnTracedThread(
+        [this]
+        {
+            try
+            {
+                const progress_scope_t scope(m_channel, "a");
+                const quiet_progress_scope_t quiet(m_channel, "b");
+                throw std::runtime_error("x");
+            }
+            catch (std::exception&)
+            {
+                EXPECT_EQ("", Now());
+            }
+        });
+}
+
+TEST_F(Marks, BelongToTheScopesThread)
+{
+    OnTracedThread(
+        [this]
+        {
+            const progress_scope_t scope(m_channel, "a");
+            std::thread([this] { const progress_scope_t other(m_channel, "b"); }).join();
+            EXPECT_EQ("[a]", Now());
+        });
+}
+
+TEST_F(Marks, WithoutMemoryForOneNoScopeIsOpened)
+{
+    OnTracedThread(
+        [this]
+        {
+            const progress_scope_t outer(true, m_channel, "outer");
+            FailNextAllocation();
+            EXPECT_THROW(progress_scope_t(true, m_channel, "a"), std::bad_alloc);
+            EXPECT_TRUE(HasAllocationFailed());
+            FailNextAllocation();
+            EXPECT_THROW(quiet_progress_scope_t(m_channel, "b"), std::bad_alloc);
+            EXPECT_TRUE(HasAllocationFailed());
+            EXPECT_EQ(1, m_channel.get_indent());
+            EXPECT_EQ("[outer]", Now());
+        });
+    EXPECT_EQ("", Written());
 }
 
 TEST_F(Scopes, RefuseAChannelThatEndsBeforeThem)
