@@ -70,12 +70,13 @@ boost::shared_ptr<CThreadState> CThreadStatesCollection::GetCurrentState() const
 void CThreadStatesCollection::SetTraceFile(const std::string& name)
 {
     const lock_t lock(m_mutex);
+    const boost::lock_guard<boost::mutex> name_lock(m_traceFileMutex);
     m_traceFile = name.empty() ? name : name + ".trace";
 }
 
 std::string CThreadStatesCollection::GetTraceFile() const
 {
-    const lock_t lock(m_mutex);
+    const boost::lock_guard<boost::mutex> name_lock(m_traceFileMutex);
     return m_traceFile;
 }
 

@@ -17,6 +17,7 @@
 #include <vector>
 
 #include <boost/shared_ptr.hpp>
+#include <boost/thread/mutex.hpp>
 #include <boost/thread/recursive_mutex.hpp>
 
 #include "nelvo/posix/posix_file_fwd.h"
@@ -51,9 +52,10 @@ public:
     void PushTrace(std::string function);
     void PopTrace();
 
-    // One message for the thread and one for each mark, oldest first, on the default channel. The id is the
-    // low half of the thread's, as a signed number. Defined in thread_dump.cpp, which stands above the log
-    // and the files. Kept: ThreadState.LogDumpPrintsTheLowHalfOfTheIdAsASignedNumber
+    // One message for the thread and one for each mark, oldest first, on the default channel. Defined in
+    // thread_dump.cpp, which stands above the log and the files. The id is the low half of the thread's, as a
+    // signed number.
+    // Kept: ThreadState.LogDumpPrintsTheLowHalfOfTheIdAsASignedNumber
     void DumpToLog() const;
 
     // The same lines, each ended by CR LF, in one write to the file. The id is whole, as an unsigned number.
@@ -84,21 +86,22 @@ public:
     // Replaces what stands under the state's thread id.
     void Add(const boost::shared_ptr<CThreadState>& state);
 
-    // Looks for the low half of the id, widened with its sign, while Add stores the whole. An id that doesn't
-    // fit into 32 bits isn't found: the state of a finished thread stays, with its marks, and stands in each
-    // dump, until a later thread has the same id.
+    // Looks for the low half of the id, widened with its sign, while Add stores the whole. An id of 2^31 or
+    // more isn't found: the state of a finished thread stays, with its marks, and stands in each dump, until a
+    // later thread has the same id. A thread whose id is the number looked for loses its state instead.
     // Kept: ThreadStatesCollection.RemoveMissesIdsBeyond32Bits
     void Remove(const boost::shared_ptr<CThreadState>& state);
 
     // The calling thread's state; empty if it has none.
     boost::shared_ptr<CThreadState> GetCurrentState() const;
 
-    // ".trace" is appended to the name; the empty name stays empty and turns file dumps off.
+    // ".trace" is appended to the name; the empty name stays empty and turns file dumps off. Waits for a dump
+    // that is being written.
     void SetTraceFile(const std::string& name);
 
     // All states, in the order of their ids. The trace file is never created: if none is there, nothing is
-    // done; otherwise the dump replaces what it holds. Throws what posix_file_t throws. Defined in
-    // thread_dump.cpp.
+    // done, at once; otherwise the dump replaces what it holds. Throws what util::FileExists and posix_file_t
+    // throw. Defined in thread_dump.cpp.
     // Kept: ThreadStatesCollection.DumpNeverCreatesTheTraceFile
     void DumpToFile() const;
     void DumpToLog() const;
@@ -113,6 +116,7 @@ private:
     mutable boost::recursive_mutex m_mutex;
     std::map<std::uint64_t, boost::shared_ptr<CThreadState>> m_states;
     std::string m_traceFile;
+    mutable boost::mutex m_traceFileMutex; // of the name alone, so that reading it waits for no dump
     std::atomic<bool> m_loggingEnabled{true};
 };
 

@@ -4,7 +4,8 @@
 // goes from one start to the next: it is busy from start to stop, idle until the next start. Its figures are
 // added up by that next start, so that of the last stop nothing is counted yet.
 //
-// All times are microseconds of the real-time clock (clock_gettime(2)). A counter has no lock.
+// All times are microseconds of the real-time clock (clock_gettime(2)), as unsigned 64-bit numbers: one that
+// is put back makes them wrap. A counter has no lock.
 
 #include <cstdint>
 
