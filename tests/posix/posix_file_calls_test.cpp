@@ -21,9 +21,11 @@
 #include "nelvo/core/exc/runtime_exc.h"
 #include "nelvo/core/util/format.h"
 #include "nelvo/logging/log.h"
+#include "nelvo/monitoring/thread_counters.h"
 #include "nelvo/posix/posix_file.h"
 #include "tests/support/failing_memory.h"
 #include "tests/support/lines_receiver.h"
+#include "tests/support/set_clock.h"
 #include "tests/support/temp_folder.h"
 
 using posix::posix_file_t;
@@ -261,6 +263,38 @@ protected:
     posix_file_ptr_t m_file;
     std::function<void()> m_between;
     std::string m_failure;
+};
+
+// Each call takes a millisecond, and calls are told by the time they are counted with.
+class PosixFileCounting : public PosixFileCalls
+{
+protected:
+    PosixFileCounting()
+    {
+        m_between = [this] { m_clock.Advance(1'000'000); };
+    }
+
+    void Count(std::deque<answer_t> answers, const std::function<void()>& action)
+    {
+        for (auto* counters : {&workload::ReadCounters(), &workload::WriteCounters()})
+        {
+            counters->Stop(0);
+            Counted(*counters);
+        }
+        Calls(std::move(answers), action);
+    }
+
+    // What has been counted, after the start that closes the last call.
+    static std::string Counted(workload::CThreadCounters& counters)
+    {
+        std::uint64_t busy = 0;
+        std::uint64_t bytes = 0;
+        counters.Start();
+        counters.Collect(busy, bytes);
+        return util::Format("%1 calls, %2 bytes", busy / 1000, bytes);
+    }
+
+    set_clock_t m_clock{1'700'000'000};
 };
 
 class PosixFilePreallocation : public PosixFileCalls
@@ -591,6 +625,70 @@ TEST_F(PosixFileCalls, WholeTextIsReadOnAfterAShortPiece)
     std::string text;
     EXPECT_EQ((calls_t{"read(1024)", "read(1014)", "read(1024)"}), Calls([&] { m_file->ReadAllText(text); }));
     EXPECT_EQ("0123456789", text);
+}
+
+// Counting
+
+TEST_F(PosixFileCounting, EachWriteIsCountedWithItsResult)
+{
+    Count({Take(3), Fail(EINTR), Take(0), Fail(EINTR), Take(1)},
+          [&] { m_file->WriteBytes(10, "abcdefghij"); });
+    EXPECT_EQ("6 calls, 10 bytes", Counted(workload::WriteCounters()));
+    EXPECT_EQ("0 calls, 0 bytes", Counted(workload::ReadCounters()));
+    Count({}, [&] { m_file->WriteText(std::string(2500, 't')); });
+    EXPECT_EQ("3 calls, 2500 bytes", Counted(workload::WriteCounters()));
+}
+
+TEST_F(PosixFileCounting, EachReadIsCountedWithItsResult)
+{
+    std::string text(12, '?');
+    Count({Take(3), Fail(EINTR), Fail(EINTR), Take(1)}, [&] { m_file->ReadBytes(text.data(), 12); });
+    EXPECT_EQ("6 calls, 10 bytes", Counted(workload::ReadCounters()));
+    EXPECT_EQ("0 calls, 0 bytes", Counted(workload::WriteCounters()));
+}
+
+TEST_F(PosixFileCounting, FailedCallIsCountedAndItsErrorIsKept)
+{
+    Count({Take(2), Fail(EINTR), Fail(ENOSPC)}, [&] { m_file->WriteBytes(10, "abcdefghij"); });
+    EXPECT_EQ("3 calls, 2 bytes", Counted(workload::WriteCounters()));
+    EXPECT_EQ("No space left on device\nPOSIX: Failed to write data to the file [" + m_path + "].",
+              m_failure);
+
+    char byte = 0;
+    Count({Fail(EINTR), Fail(EIO)}, [&] { m_file->ReadBytes(&byte, 1); });
+    EXPECT_EQ("2 calls, 0 bytes", Counted(workload::ReadCounters()));
+    EXPECT_EQ("Input/output error\nPOSIX: Failed to read data from the file [" + m_path + "].", m_failure);
+}
+
+TEST_F(PosixFileCounting, NothingToTransferCountsNothing)
+{
+    Count({},
+          [&]
+          {
+              m_file->WriteBytes(0, "");
+              m_file->WriteBytes(-1, "");
+              m_file->ReadBytes(nullptr, 0);
+              m_file->ReadBytes(nullptr, -1);
+              m_file->WriteText("");
+          });
+    EXPECT_EQ("0 calls, 0 bytes", Counted(workload::WriteCounters()));
+    EXPECT_EQ("0 calls, 0 bytes", Counted(workload::ReadCounters()));
+}
+
+TEST_F(PosixFileCounting, NothingElseIsCounted)
+{
+    Count({},
+          [&]
+          {
+              const posix_file_ptr_t other = posix_file_t::OpenRead(m_path);
+              m_file->SeekFromEnd(0);
+              m_file->set_size(5);
+              m_file->GetSize();
+              m_file->Flush();
+              m_file->Close();
+          });
+    EXPECT_EQ("0 calls, 0 bytes", Counted(workload::WriteCounters()));
+    EXPECT_EQ("0 calls, 0 bytes", Counted(workload::ReadCounters()));
 }
 
 // By path
