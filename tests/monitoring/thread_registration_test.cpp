@@ -1,5 +1,6 @@
 #include "nelvo/monitoring/thread_registration.h"
 
+#include <csignal>
 #include <string>
 #include <thread>
 #include <vector>
@@ -156,4 +157,15 @@ TEST_F(ThreadRegistration, StateOfAWideIdStaysBehind)
         })
         .join();
     EXPECT_FALSE(state.expired());
+}
+
+// Only what is no std::exception leaves the log.
+TEST_F(ThreadRegistration, FailureAtTheEndOfAThreadEndsTheProcess)
+{
+    const auto end_with_failure = [this]
+    {
+        const CThreadMonitorRegistration registration("backup", 1);
+        m_log->set_hook([] { throw 1; });
+    };
+    EXPECT_EXIT(end_with_failure(), testing::KilledBySignal(SIGABRT), "terminate called");
 }

@@ -2,12 +2,14 @@
 // the calls below stand in the place of the library's and the C library's: each notes the call, then does
 // what the test asked for.
 
+#include <atomic>
 #include <cerrno>
-#include <chrono>
 #include <cstdarg>
+#include <fstream>
 #include <functional>
 #include <future>
 #include <string>
+#include <utility>
 #include <vector>
 
 #include <boost/make_shared.hpp>
@@ -30,9 +32,6 @@ namespace
 using calls_t = std::vector<std::string>;
 using monitoring::CThreadState;
 
-// What is not done by then never will be. Nobody waits that long for what is.
-constexpr std::chrono::seconds kPatience{20};
-
 struct record_t
 {
     calls_t calls;
@@ -42,13 +41,16 @@ struct record_t
 // Null while nobody listens.
 record_t* g_record = nullptr;
 
+// What a hook does itself is not noted.
 void Note(const std::string& call)
 {
-    if (g_record == nullptr)
+    record_t* const record = std::exchange(g_record, nullptr);
+    if (record == nullptr)
         return;
-    g_record->calls.push_back(call);
-    if (g_record->hook)
-        g_record->hook(call);
+    record->calls.push_back(call);
+    if (record->hook)
+        record->hook(call);
+    g_record = record;
 }
 
 } // namespace
@@ -133,17 +135,36 @@ protected:
         return record.calls;
     }
 
-    // Whether another thread may use the table now. One that has to wait does so until the dump has ended.
-    bool IsFree()
+    // Whether another thread has to wait for the table now. It then does so until the dump has ended.
+    bool IsTableHeld()
     {
-        m_user = std::async(std::launch::async, [this] { m_table.GetCurrentState(); });
-        return m_user.wait_for(kPatience) == std::future_status::ready;
+        auto thread = boost::make_shared<std::atomic<pid_t>>(0);
+        auto done = boost::make_shared<std::atomic<bool>>(false);
+        m_users.push_back(std::async(std::launch::async,
+                                     [this, thread, done]
+                                     {
+                                         *thread = ::gettid();
+                                         m_table.GetCurrentState();
+                                         *done = true;
+                                     }));
+        while (!*done)
+            if (*thread != 0 && Sleeps(*thread))
+                return !*done;
+        return false;
+    }
+
+    static bool Sleeps(pid_t thread)
+    {
+        std::ifstream file("/proc/self/task/" + std::to_string(thread) + "/stat");
+        std::string text;
+        std::getline(file, text);
+        return text.find(") S ") != std::string::npos;
     }
 
     temp_folder_t m_folder;
     const std::string m_trace = m_folder / "run.trace";
     monitoring::CThreadStatesCollection m_table;
-    std::future<void> m_user;
+    std::vector<std::future<void>> m_users;
     std::string m_failure;
 };
 
@@ -169,17 +190,14 @@ TEST_F(ThreadStateCalls, EmptyNameIsOnlyAskedFor)
     EXPECT_EQ(calls_t{"ask "}, CallsOfDump());
 }
 
-TEST_F(ThreadStateCalls, TableIsFreeWhileTheFileIsAskedFor)
+TEST_F(ThreadStateCalls, TableIsHeldFromBehindTheQuestionUntilTheFileIsClosed)
 {
-    std::vector<bool> free;
-    const calls_t calls = CallsOfDump(
-        [&](const std::string&)
-        {
-            if (free.empty())
-                free.push_back(IsFree());
-        });
-    EXPECT_EQ(std::vector<bool>{true}, free);
-    EXPECT_EQ(7u, calls.size());
+    calls_t calls;
+    CallsOfDump([&](const std::string& call)
+                { calls.push_back((IsTableHeld() ? "held: " : "free: ") + call.substr(0, call.find(' '))); });
+    EXPECT_EQ((calls_t{"free: ask", "held: ask", "held: open", "held: cut", "held: write", "held: write",
+                       "held: close"}),
+              calls);
 }
 
 TEST_F(ThreadStateCalls, FileThatGoesAfterTheQuestionIsAFailureAndNotCreated)
@@ -195,7 +213,7 @@ TEST_F(ThreadStateCalls, FileThatGoesAfterTheQuestionIsAFailureAndNotCreated)
                   "] for read/write access.",
               m_failure);
     EXPECT_NE(0, ::access(m_trace.c_str(), F_OK));
-    EXPECT_TRUE(IsFree());
+    EXPECT_FALSE(IsTableHeld());
 }
 
 TEST_F(ThreadStateCalls, FailureToWriteEndsTheDumpAndFreesTheTable)
@@ -212,7 +230,7 @@ TEST_F(ThreadStateCalls, FailureToWriteEndsTheDumpAndFreesTheTable)
     EXPECT_EQ("No space left on device\nPOSIX: Failed to write data to the file [" + m_trace + "].",
               m_failure);
     EXPECT_EQ("", ReadFile(m_trace));
-    EXPECT_TRUE(IsFree());
+    EXPECT_FALSE(IsTableHeld());
 }
 
 TEST_F(ThreadStateCalls, RefusedPathIsAFailureAndLeavesTheTableFree)
@@ -220,5 +238,5 @@ TEST_F(ThreadStateCalls, RefusedPathIsAFailureAndLeavesTheTableFree)
     EXPECT_EQ(calls_t{"ask " + m_trace},
               CallsOfDump([](const std::string&) { throw exc::runtime_exc_t("refused"); }));
     EXPECT_EQ("refused", m_failure);
-    EXPECT_TRUE(IsFree());
+    EXPECT_FALSE(IsTableHeld());
 }
