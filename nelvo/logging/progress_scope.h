@@ -10,6 +10,10 @@
 //
 // A quiet scope neither opens with a line nor indents; it writes the closing line alone.
 //
+// From the end of its construction until its destruction, closed or not, a scope's text marks what its thread
+// is doing, if the thread has a state for that (monitoring::CThreadState). A scope that cannot be opened, for
+// lack of memory, leaves neither mark nor indent.
+//
 // The first close wins, later ones write nothing. A scope belongs to the thread that opened it, and its
 // channel must outlive it. Texts and patterns are as message.h tells, so not null.
 

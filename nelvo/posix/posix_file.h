@@ -10,8 +10,9 @@
 // A failure is a posix::errno_exc_t whose message names the file, unless another is named below. A wide path
 // without a UTF-8 form throws exc::runtime_exc_t before anything is done (util::WideToUtf8). A path ends at
 // its first zero byte, for the access check as for the system. Nothing is buffered, nothing is retried but a
-// read or write that a signal interrupted, and nothing is logged but by CreateWithPrealloc. Child processes
-// inherit the descriptor (no O_CLOEXEC). One object serves one thread at a time.
+// read or write that a signal interrupted, and nothing is logged but by CreateWithPrealloc. Each call of
+// read(2) and write(2) is counted (workload::ReadCounters, workload::WriteCounters). Child processes inherit
+// the descriptor (no O_CLOEXEC). One object serves one thread at a time.
 
 #include <ctime>
 #include <string>

@@ -1,6 +1,7 @@
 #include "nelvo/monitoring/thread_registration.h"
 
 #include <csignal>
+#include <cstdlib>
 #include <string>
 #include <thread>
 #include <vector>
@@ -168,4 +169,15 @@ TEST_F(ThreadRegistration, FailureAtTheEndOfAThreadEndsTheProcess)
         m_log->set_hook([] { throw 1; });
     };
     EXPECT_EXIT(end_with_failure(), testing::KilledBySignal(SIGABRT), "terminate called");
+}
+
+TEST(ThreadRegistrationAtExit, TableLivesUntilTheLastRegistrationEnds)
+{
+    const auto leave_one = []
+    {
+        static boost::shared_ptr<CThreadMonitorRegistration> last;
+        last = boost::make_shared<CThreadMonitorRegistration>("last", 1);
+        std::exit(0);
+    };
+    EXPECT_EXIT(leave_one(), testing::ExitedWithCode(0), "");
 }
