@@ -455,10 +455,11 @@ TEST_F(ThreadStatesCollection, MissingTraceFileDoesNotWaitForALogDump)
 {
     m_table.Add(StateAt(kFirst, "a"));
     bool dumped = false;
+    std::future<void> dump;
     m_log->set_hook(
         [&]
         {
-            auto dump = std::async(std::launch::async, [this] { m_table.DumpToFile(); });
+            dump = std::async(std::launch::async, [this] { m_table.DumpToFile(); });
             dumped = dump.wait_for(kPatience) == std::future_status::ready;
         });
     EXPECT_EQ("a ", Listed());
