@@ -19,7 +19,7 @@ using lock_t = boost::lock_guard<boost::recursive_mutex>;
 using instance_t = util::process_instance_tt<CThreadStatesCollection>;
 
 // Before main, and so before there are threads.
-const bool kPrepared = instance_t::Prepare();
+const bool kPrepared = instance_t::Prepare(); // NOLINT(cert-err58-cpp)
 
 boost::shared_ptr<CThreadState> StateOfThisThread()
 {

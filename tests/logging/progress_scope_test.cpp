@@ -1,7 +1,6 @@
 #include "nelvo/logging/progress_scope.h"
 
 #include <new>
-#include <regex>
 #include <stdexcept>
 #include <string>
 #include <thread>
@@ -67,12 +66,17 @@ protected:
     // The calling thread's, each in brackets, oldest first.
     static std::string Now()
     {
-        static const std::regex line("       \\|     Function: (.*)\\. Time: [0-9]+ seconds ago\\.\n");
         const auto dump = boost::make_shared<lines_receiver_t>();
         logging::GetProcessLog()->set_receiver(dump);
         monitoring::CThreadStatesCollection::GetInstance()->GetCurrentState()->DumpToLog();
-        const std::string text = WithoutHeads(dump->text());
-        return std::regex_replace(text.substr(text.find('\n') + 1), line, "[$1]");
+        std::string marks;
+        for (std::size_t i = 1; i != dump->messages().size(); ++i)
+        {
+            const std::string& line = dump->messages()[i];
+            const std::size_t begin = line.find("Function: ") + 10;
+            marks += '[' + line.substr(begin, line.rfind(". Time: ") - begin) + ']';
+        }
+        return marks;
     }
 };
 
