@@ -2,7 +2,6 @@
 
 #include <algorithm>
 #include <array>
-#include <charconv>
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
@@ -11,7 +10,8 @@
 #include <pthread.h>
 
 // Breaking down the time costs more than the rest of a line: with TZ unset, localtime looks at the zone's
-// file each time. Its text is therefore kept for as long as the second and TZ stay as they are.
+// file each time. Each thread therefore keeps the head of its lines for as long as the second and TZ stay as
+// they are.
 
 namespace logging::format
 {
@@ -19,11 +19,11 @@ namespace
 {
 
 constexpr std::size_t kTagSize = 7;
-constexpr std::size_t kNormalThreadWidth = 6;
-constexpr std::size_t kLabelThreadWidth = 2;
+constexpr int kNormalThreadWidth = 6;
+constexpr int kLabelThreadWidth = 2;
 constexpr pthread_t kLabelThreadModulus = 100;
 
-constexpr std::string_view kNoTime = "TIME ---";
+constexpr char kNoTime[] = "TIME ---";
 
 // What TZ was when a time was broken down. Unset and empty are two different zones.
 class zone_t
@@ -57,76 +57,93 @@ private:
     std::array<char, 64> m_text{};
 };
 
-class time_text_t
+// Room for years of ten digits and threads of twenty. There is nothing to destroy, so that a text still
+// stands when a static object logs at exit.
+struct short_text_t
+{
+    std::array<char, 128> chars{};
+    std::size_t size = 0;
+
+    std::string_view view() const { return {chars.data(), size}; }
+};
+
+// Time and thread, with which each line of a thread begins.
+class line_head_t
 {
 public:
     // Empty if there is no local time.
-    std::string_view Now()
+    std::string_view Time()
     {
-        const std::time_t now = std::time(nullptr);
-        const char* const zone = std::getenv("TZ");
-        if (now != m_second || !m_zone.Is(zone))
-        {
-            BreakDown(now);
-            m_second = now;
-            m_zone.Set(zone);
-        }
-        return std::string_view(m_text.data(), m_size);
+        Refresh();
+        return m_time.view();
+    }
+
+    // "[<time>] <<thread>> ", with the label style's thread or the normal one's.
+    std::string_view Get(bool label)
+    {
+        Refresh();
+        return (label ? m_label_head : m_normal_head).view();
     }
 
 private:
+    void Refresh()
+    {
+        const std::time_t now = std::time(nullptr);
+        const pthread_t thread = ::pthread_self();
+        const char* const zone = std::getenv("TZ");
+        if (now == m_second && thread == m_thread && m_zone.Is(zone))
+            return;
+        BreakDown(now);
+        FormHead(m_normal_head, thread, kNormalThreadWidth);
+        FormHead(m_label_head, thread % kLabelThreadModulus, kLabelThreadWidth);
+        m_second = now;
+        m_thread = thread;
+        m_zone.Set(zone);
+    }
+
     // localtime has one result for all threads, and logs do not share a lock.
     void BreakDown(std::time_t now)
     {
         static std::mutex mutex;
         const std::lock_guard<std::mutex> lock(mutex);
-        Set(std::localtime(&now));
+        SetTime(std::localtime(&now));
     }
 
-    void Set(const std::tm* time)
+    void SetTime(const std::tm* time)
     {
-        m_size = 0;
+        m_time.size = 0;
         if (time == nullptr)
             return;
+        const int size = std::snprintf(m_time.chars.data(), m_time.chars.size(),
+                                       "%02d.%02d.%04ld %02d:%02d:%02d", time->tm_mday, time->tm_mon + 1,
+                                       1900L + time->tm_year, time->tm_hour, time->tm_min, time->tm_sec);
+        m_time.size = static_cast<std::size_t>(size);
+    }
+
+    // Without a time, brackets and blank are missing, and the thread follows at once.
+    // Kept: LineFormat.WithoutLocalTimeTheThreadFollowsAtOnce
+    void FormHead(short_text_t& head, pthread_t thread, int width) const
+    {
+        char* const text = head.chars.data();
         const int size =
-            std::snprintf(m_text.data(), m_text.size(), "%02d.%02d.%04ld %02d:%02d:%02d", time->tm_mday,
-                          time->tm_mon + 1, 1900L + time->tm_year, time->tm_hour, time->tm_min, time->tm_sec);
-        m_size = static_cast<std::size_t>(size);
+            m_time.size == 0
+                ? std::snprintf(text, head.chars.size(), "%s<%*lu> ", kNoTime, width, thread)
+                : std::snprintf(text, head.chars.size(), "[%s] <%*lu> ", m_time.chars.data(), width, thread);
+        head.size = static_cast<std::size_t>(size);
     }
 
     std::time_t m_second = 0;
+    pthread_t m_thread = 0;
     zone_t m_zone;
-    std::array<char, 96> m_text{};
-    std::size_t m_size = 0;
+    short_text_t m_time;
+    short_text_t m_normal_head;
+    short_text_t m_label_head;
 };
 
-// Nothing to destroy, so the text still stands when a static object logs at exit.
-std::string_view LocalTime()
+line_head_t& LineHead()
 {
-    static thread_local time_text_t text;
-    return text.Now();
-}
-
-// The head lacks brackets and blank then, and the thread follows at once.
-// Kept: LineFormat.WithoutLocalTimeTheThreadFollowsAtOnce
-void AppendTime(std::string& out)
-{
-    const std::string_view time = LocalTime();
-    if (time.empty())
-        out += kNoTime;
-    else
-        ((out += '[') += time) += "] ";
-}
-
-void AppendThread(std::string& out, pthread_t thread, std::size_t width)
-{
-    std::array<char, 24> digits;
-    const auto end = std::to_chars(digits.data(), digits.data() + digits.size(), thread).ptr;
-    const auto size = static_cast<std::size_t>(end - digits.data());
-    out += '<';
-    out.append(width - std::min(width, size), ' ');
-    out.append(digits.data(), size);
-    out += "> ";
+    static thread_local line_head_t head;
+    return head;
 }
 
 std::string_view Mark(std::int32_t severity, bool first_line)
@@ -163,18 +180,12 @@ struct style_t
 
 void format_line(std::string& out, const style_t& style, bool first_line, std::string_view piece)
 {
-    AppendTime(out);
-    if (style.mode == 0)
-    {
-        AppendThread(out, ::pthread_self(), kNormalThreadWidth);
-        out += style.format.get_prefix();
-        out += Mark(style.severity, first_line);
-    }
-    else
-    {
-        AppendThread(out, ::pthread_self() % kLabelThreadModulus, kLabelThreadWidth);
+    const bool label = style.mode != 0;
+    out += LineHead().Get(label);
+    if (label)
         out += Label(style.severity);
-    }
+    else
+        (out += style.format.get_prefix()) += Mark(style.severity, first_line);
     if (style.indent > 0)
         out.append(2 * static_cast<std::size_t>(style.indent), ' ');
     if (style.filter != nullptr)
@@ -219,8 +230,8 @@ void append_lines(std::string& out, const line_format_t& format, std::int32_t mo
 
 std::string GetLocalTimeText()
 {
-    const std::string_view time = LocalTime();
-    return std::string(time.empty() ? kNoTime : time);
+    const std::string_view time = LineHead().Time();
+    return time.empty() ? kNoTime : std::string(time);
 }
 
 } // namespace logging::format
