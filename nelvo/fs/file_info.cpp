@@ -68,10 +68,10 @@ catch (std::exception& e)
 void DeserializeFileInfo(FileInfo& info, io::io_dev_t& stream)
 try
 {
-    info.type = io::ReadOptionalValue<std::uint32_t>(stream);
-    info.link_count = io::ReadOptionalValue<std::uint32_t>(stream);
+    io::ReadOptionalValue(stream, info.type);
+    io::ReadOptionalValue(stream, info.link_count);
     std::optional<std::string> name = io::ReadOptionalString(stream);
-    info.size = io::ReadOptionalValue<std::uint64_t>(stream);
+    io::ReadOptionalValue(stream, info.size);
     DeserializeFileMeta(info.meta, stream);
     info.extra_data = io::ReadArray<cnt::plain_array_t>(stream);
     info.name = std::move(name);

@@ -91,9 +91,9 @@ try
     meta.changed.DeSerialize(stream);
     meta.modified.DeSerialize(stream);
     meta.accessed.DeSerialize(stream);
-    meta.uid = io::ReadOptionalValue<std::uint64_t>(stream);
-    meta.gid = io::ReadOptionalValue<std::uint64_t>(stream);
-    meta.mode = io::ReadOptionalValue<std::uint32_t>(stream);
+    io::ReadOptionalValue(stream, meta.uid);
+    io::ReadOptionalValue(stream, meta.gid);
+    io::ReadOptionalValue(stream, meta.mode);
     DeserializeAcl(meta.acl, stream);
 }
 catch (std::exception& e)

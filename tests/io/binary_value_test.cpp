@@ -366,6 +366,19 @@ TEST(BinaryValue, AbsentOptionalReadsNothingMore)
     EXPECT_EQ(calls_t({"read 4"}), device.calls());
 }
 
+TEST(BinaryValue, OptionalThatIsReadInPlaceStaysAfterAFailure)
+{
+    stub_dev_t device(Unhex("01 00 00 00 05  00 00 00 00  01 00 00 00"));
+    std::optional<std::int8_t> value = 3;
+    io::ReadOptionalValue(device, value);
+    EXPECT_EQ(std::optional<std::int8_t>(5), value);
+    io::ReadOptionalValue(device, value);
+    EXPECT_EQ(std::nullopt, value);
+    value = 3;
+    EXPECT_EQ(ShortRead("0", "1"), Failure([&] { io::ReadOptionalValue(device, value); }));
+    EXPECT_EQ(std::optional<std::int8_t>(3), value);
+}
+
 TEST(BinaryValue, OptionalIsPresentForAnyBooleanButZero)
 {
     stub_dev_t device(Unhex("07 00 00 00 05  00 00 00 80 01 00 00 00 61"));
