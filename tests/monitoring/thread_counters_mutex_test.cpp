@@ -1,68 +1,69 @@
 #include "nelvo/monitoring/thread_counters.h"
 
 #include <cerrno>
-#include <functional>
 
-#include <boost/thread/exceptions.hpp>
-#include <gtest/gtest.h>
-
-#include "tests/support/mutex_calls.h"
+#include "tests/support/pthread_calls.h"
 
 namespace
 {
 
-class ThreadCountersMutex : public testing::Test
+class ThreadCountersMutex : public PthreadCalls
 {
 protected:
+    // The first call makes the counter.
     ThreadCountersMutex()
     {
         m_counters.Start();
         m_counters.Stop(5);
     }
 
-    void ExpectLockFailure(const std::function<void()>& call)
+    std::uint64_t BytesAfterTheNextStart()
     {
-        AnswerNext("pthread_mutex_lock", {EINVAL});
-        try
-        {
-            call();
-            ADD_FAILURE() << "no failure";
-        }
-        catch (const boost::lock_error& e)
-        {
-            EXPECT_STREQ("boost: mutex lock failed in pthread_mutex_lock: Invalid argument", e.what());
-            EXPECT_EQ(EINVAL, e.native_error());
-        }
-        EXPECT_EQ(0u, TakeUnasked());
+        m_counters.Start();
+        m_counters.Collect(m_busy, m_bytes);
+        return m_bytes;
     }
 
     workload::CThreadCounters m_counters;
     std::uint64_t m_busy = 1;
     std::uint64_t m_bytes = 1;
+    const std::function<void()> m_operations[3] = {[this] { m_counters.Start(); },
+                                                   [this] { m_counters.Stop(6); },
+                                                   [this] { m_counters.Collect(m_busy, m_bytes); }};
 };
 
 } // namespace
 
-TEST_F(ThreadCountersMutex, LockThatFailsIsAFailureOfEachCall)
+TEST_F(ThreadCountersMutex, IsHeldWhileACounterStartsOrStops)
 {
-    ExpectLockFailure([this] { m_counters.Start(); });
-    ExpectLockFailure([this] { m_counters.Stop(6); });
-    ExpectLockFailure([this] { m_counters.Collect(m_busy, m_bytes); });
+    const calls_t counting = {"lock", "clock_gettime", "unlock"};
+    EXPECT_EQ(counting, Calls([this] { m_counters.Start(); }));
+    EXPECT_EQ(counting, Calls([this] { m_counters.Stop(6); }));
+    EXPECT_EQ((calls_t{"lock", "unlock"}), Calls([this] { m_counters.Collect(m_busy, m_bytes); }));
+}
+
+TEST_F(ThreadCountersMutex, LockThatFailsIsBoostsFailureAndChangesNoCounter)
+{
+    for (const auto& operation : m_operations)
+    {
+        Answer("lock", EINVAL);
+        EXPECT_EQ(calls_t{"lock"}, Calls(operation));
+        EXPECT_EQ("boost: mutex lock failed in pthread_mutex_lock: Invalid argument (generic 22)", failure());
+    }
     EXPECT_EQ(0u, m_busy);
     EXPECT_EQ(0u, m_bytes);
-    m_counters.Start();
-    m_counters.Collect(m_busy, m_bytes);
-    EXPECT_EQ(5u, m_bytes);
+    EXPECT_EQ(5u, BytesAfterTheNextStart());
 }
 
 TEST_F(ThreadCountersMutex, LockAndUnlockAreRepeatedAfterASignal)
 {
-    AnswerNext("pthread_mutex_lock", {EINTR, EINTR});
-    m_counters.Start();
-    EXPECT_EQ(0u, TakeUnasked());
-    AnswerNext("pthread_mutex_unlock", {EINTR, EINTR});
-    m_counters.Collect(m_busy, m_bytes);
-    EXPECT_EQ(0u, TakeUnasked());
-    EXPECT_EQ(5u, m_bytes);
-    m_counters.Stop(1);
+    for (const auto& operation : m_operations)
+    {
+        for (const char* const call : {"lock", "lock", "unlock"})
+            Answer(call, EINTR);
+        calls_t calls = Calls(operation);
+        EXPECT_EQ((calls_t{"lock", "lock", "lock"}), calls_t(calls.begin(), calls.begin() + 3));
+        EXPECT_EQ((calls_t{"unlock", "unlock"}), calls_t(calls.end() - 2, calls.end()));
+        EXPECT_EQ("no failure", failure());
+    }
 }

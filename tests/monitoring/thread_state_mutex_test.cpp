@@ -1,46 +1,69 @@
 #include "nelvo/monitoring/thread_state.h"
 
 #include <cerrno>
-#include <string>
 
-#include <boost/thread/exceptions.hpp>
-#include <gtest/gtest.h>
+#include <boost/make_shared.hpp>
 
-#include "tests/support/mutex_calls.h"
-
-using monitoring::CThreadStatesCollection;
+#include "tests/support/pthread_calls.h"
 
 namespace
 {
 
-std::string FailureOfFirstUse(const std::string& call, int error)
+using monitoring::CThreadStatesCollection;
+
+class ThreadStatesCollectionMutex : public PthreadCalls
 {
-    AnswerNext(call, {error});
-    std::string failure = "no failure";
-    try
+protected:
+    // What the next use says, if it is the first.
+    std::string FailureOfFirstUse(const std::string& call, int error)
     {
-        CThreadStatesCollection::GetInstance();
+        Answer(call, error);
+        m_calls = Calls([] { CThreadStatesCollection::GetInstance(); });
+        return failure();
     }
-    catch (const boost::thread_resource_error& e)
-    {
-        failure = e.what();
-    }
-    EXPECT_EQ(0u, TakeUnasked());
-    return failure;
-}
+
+    calls_t m_calls;
+};
 
 } // namespace
 
-// One case, since a process has one first use.
-TEST(ThreadStatesCollectionMutex, TableThatCannotBeMadeIsAFailureAndTheNextUseTriesAgain)
+// One case, since a process has one first use. The first lock shows that its mutex is there before it.
+TEST_F(ThreadStatesCollectionMutex, TableThatCannotBeMadeIsAFailureAndTheNextUseTriesAgain)
 {
-    EXPECT_EQ("boost:: recursive_mutex constructor failed in pthread_mutexattr_init: Cannot allocate memory",
-              FailureOfFirstUse("pthread_mutexattr_init", ENOMEM));
-    EXPECT_EQ("boost:: recursive_mutex constructor failed in pthread_mutexattr_settype: Invalid argument",
-              FailureOfFirstUse("pthread_mutexattr_settype", EINVAL));
-    EXPECT_EQ("boost:: recursive_mutex constructor failed in pthread_mutex_init: Resource temporarily "
-              "unavailable",
-              FailureOfFirstUse("pthread_mutex_init", EAGAIN));
-    EXPECT_NE(nullptr, CThreadStatesCollection::GetInstance());
+    const std::string failure = "boost:: recursive_mutex constructor failed in pthread_";
+    EXPECT_EQ(failure + "mutexattr_init: Cannot allocate memory (generic 12)",
+              FailureOfFirstUse("mutexattr_init", ENOMEM));
+    EXPECT_EQ((calls_t{"lock", "mutexattr_init", "unlock"}), m_calls);
+    EXPECT_EQ(failure + "mutexattr_settype: Invalid argument (generic 22)",
+              FailureOfFirstUse("mutexattr_settype", EINVAL));
+    EXPECT_EQ(failure + "mutex_init: Resource temporarily unavailable (generic 11)",
+              FailureOfFirstUse("mutex_init", EAGAIN));
+    EXPECT_EQ((calls_t{"lock", "mutexattr_init", "mutexattr_settype(recursive)", "mutex_init of some kind",
+                       "unlock"}),
+              m_calls);
+    ASSERT_NE(nullptr, CThreadStatesCollection::GetInstance());
     EXPECT_EQ(nullptr, CThreadStatesCollection::GetInstance()->GetCurrentState());
+    EXPECT_EQ((calls_t{"lock", "unlock"}), Calls([] { CThreadStatesCollection::GetInstance(); }));
+}
+
+TEST_F(ThreadStatesCollectionMutex, EachOperationButThoseOfTheLoggingFlagHoldsIt)
+{
+    const auto table = boost::make_shared<CThreadStatesCollection>();
+    const auto state = boost::make_shared<monitoring::CThreadState>("backup");
+    const void* const mutex = Locked([&] { table->Remove(state); }).at(0);
+    const std::function<void()> operations[] = {[&] { table->Add(state); }, [&] { table->GetCurrentState(); },
+                                                [&] { table->Remove(state); }, [&] { table->DumpToLog(); }};
+    for (const auto& operation : operations)
+        EXPECT_EQ(mutex, Locked(operation).at(0));
+    EXPECT_EQ(mutex, Locked([&] { table->SetTraceFile("run"); }).at(0));
+    EXPECT_EQ((calls_t{"lock", "lock", "unlock", "unlock"}), Calls([&] { table->SetTraceFile("run"); }));
+    EXPECT_EQ(calls_t(), Calls([&] { table->SetLoggingEnabled(!table->IsLoggingEnabled()); }));
+}
+
+// Each mark is the business of its thread.
+TEST_F(ThreadStatesCollectionMutex, MarksTakeNoLock)
+{
+    monitoring::CThreadState state("backup");
+    EXPECT_EQ(calls_t{"gettimeofday"}, Calls([&] { state.PushTrace("a"); }));
+    EXPECT_EQ(calls_t(), Calls([&] { state.PopTrace(); }));
 }

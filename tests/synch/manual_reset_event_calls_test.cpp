@@ -4,7 +4,7 @@
 #include <vector>
 
 #include "nelvo/synch/manual_reset_event.h"
-#include "tests/synch/pthread_calls.h"
+#include "tests/support/pthread_calls.h"
 
 namespace
 {

@@ -6,7 +6,7 @@
 #include "nelvo/logging/log.h"
 #include "nelvo/synch/stop_events.h"
 #include "tests/support/lines_receiver.h"
-#include "tests/synch/pthread_calls.h"
+#include "tests/support/pthread_calls.h"
 
 namespace
 {

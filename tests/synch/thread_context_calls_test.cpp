@@ -2,7 +2,7 @@
 #include <gmock/gmock.h>
 
 #include "nelvo/synch/thread_context.h"
-#include "tests/synch/pthread_calls.h"
+#include "tests/support/pthread_calls.h"
 
 namespace
 {

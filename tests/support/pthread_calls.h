@@ -1,7 +1,8 @@
 #pragma once
 
-// What the sources ask of the threads' library, call by call. A program with this has functions of its own in
-// the place of the C library's: while a work is watched, each call is noted and answered, and none is made.
+// What the sources ask of the threads' library and of the wall clock, call by call. A program with this has
+// functions of its own in the place of the C library's: while a work is watched, each call is noted and
+// answered, and none is made.
 
 #include <cstdint>
 #include <functional>
@@ -36,7 +37,7 @@ protected:
     // Called by each timed wait.
     static void SetHook(std::function<void()> hook);
 
-    // What gettimeofday says.
+    // What the clock says.
     static void SetTime(std::int64_t seconds, std::int64_t microseconds);
 
     // How many timed waits were begun while nobody watched.
