@@ -207,6 +207,23 @@ TEST_F(ProgressScope, FirstCloseWins)
     EXPECT_EQ("agentid| a\nagentid|   b\nagentid|   first\nagentid|   still inside a\n", Written());
 }
 
+// Of what is formed and not written only the lack of memory tells.
+TEST_F(Scopes, CloseWithFormsItsTextWhenItIsTooLateToo)
+{
+    const auto close_late = [](auto& scope)
+    {
+        scope.close_quietly();
+        FailNextAllocation();
+        EXPECT_THROW(scope.close_with("%1, longer than what a string holds without memory", 1),
+                     std::bad_alloc);
+    };
+    progress_scope_t scope(true, m_channel, "a");
+    close_late(scope);
+    quiet_progress_scope_t quiet(m_channel, "a");
+    close_late(quiet);
+    EXPECT_EQ("", Written());
+}
+
 TEST_F(ProgressScope, ClosedScopeEndsWithoutALine)
 {
     {

@@ -2,10 +2,8 @@
 // the calls below stand in the place of the library's and the C library's: each notes the call, then does
 // what the test asked for.
 
-#include <atomic>
 #include <cerrno>
 #include <cstdarg>
-#include <fstream>
 #include <functional>
 #include <future>
 #include <string>
@@ -13,8 +11,10 @@
 #include <vector>
 
 #include <boost/make_shared.hpp>
+#include <dlfcn.h>
 #include <fcntl.h>
 #include <gtest/gtest.h>
+#include <pthread.h>
 #include <sys/syscall.h>
 #include <unistd.h>
 
@@ -41,6 +41,9 @@ struct record_t
 // Null while nobody listens.
 record_t* g_record = nullptr;
 
+// What is done when the calling thread has to wait for a mutex.
+thread_local const std::function<void()>* g_on_wait = nullptr;
+
 // What a hook does itself is not noted.
 void Note(const std::string& call)
 {
@@ -61,6 +64,20 @@ namespace security
 void CheckPathAccess(const util::str_t& path) { Note("ask " + path.narrow()); }
 
 } // namespace security
+
+extern "C" int pthread_mutex_lock(pthread_mutex_t* mutex) noexcept
+{
+    // The function that stands behind this program's: the C library's, or a sanitizer's.
+    static auto* const real =
+        reinterpret_cast<decltype(&pthread_mutex_lock)>(::dlsym(RTLD_NEXT, "pthread_mutex_lock"));
+    if (g_on_wait == nullptr)
+        return real(mutex);
+    const int result = ::pthread_mutex_trylock(mutex);
+    if (result != EBUSY)
+        return result;
+    (*std::exchange(g_on_wait, nullptr))();
+    return real(mutex);
+}
 
 extern "C" int open64(const char* path, int flags, ...)
 {
@@ -138,27 +155,17 @@ protected:
     // Whether another thread has to wait for the table now. It then does so until the dump has ended.
     bool IsTableHeld()
     {
-        auto thread = boost::make_shared<std::atomic<pid_t>>(0);
-        auto done = boost::make_shared<std::atomic<bool>>(false);
+        const auto held = boost::make_shared<std::promise<bool>>();
         m_users.push_back(std::async(std::launch::async,
-                                     [this, thread, done]
+                                     [this, held]
                                      {
-                                         *thread = ::gettid();
+                                         std::function<void()> tell = [&] { held->set_value(true); };
+                                         g_on_wait = &tell;
                                          m_table.GetCurrentState();
-                                         *done = true;
+                                         if (std::exchange(g_on_wait, nullptr) != nullptr)
+                                             held->set_value(false);
                                      }));
-        while (!*done)
-            if (*thread != 0 && Sleeps(*thread))
-                return !*done;
-        return false;
-    }
-
-    static bool Sleeps(pid_t thread)
-    {
-        std::ifstream file("/proc/self/task/" + std::to_string(thread) + "/stat");
-        std::string text;
-        std::getline(file, text);
-        return text.find(") S ") != std::string::npos;
+        return held->get_future().get();
     }
 
     temp_folder_t m_folder;

@@ -43,6 +43,9 @@ thread_local int g_wait_result = 0;
 thread_local int g_lock_result = 0;
 thread_local body_t* g_on_wait = nullptr;
 
+// What is done when the calling thread next wakes those who wait.
+thread_local body_t* g_on_broadcast = nullptr;
+
 struct routine_t
 {
     void* (*routine)(void*);
@@ -98,6 +101,14 @@ extern "C" int pthread_cond_timedwait(pthread_cond_t* condition, pthread_mutex_t
         (*on_wait)();
     const int result = std::exchange(g_wait_result, 0);
     return result != 0 ? result : real(condition, mutex, deadline);
+}
+
+extern "C" int pthread_cond_broadcast(pthread_cond_t* condition)
+{
+    static auto* const real = Real<decltype(pthread_cond_broadcast)>("pthread_cond_broadcast");
+    if (body_t* const on_broadcast = std::exchange(g_on_broadcast, nullptr))
+        (*on_broadcast)();
+    return real(condition);
 }
 
 namespace
@@ -242,6 +253,45 @@ TEST_F(ThreadCalls, ThreadThatHasNotRunYetIsJoinedAsZero)
     m_wrapper.thread().join(-1);
 }
 
+TEST_F(ThreadCalls, IdIsThereBeforeTheStartIsLogged)
+{
+    std::vector<std::string> failures;
+    m_receiver->set_hook(
+        [&] { failures.push_back(Thrown<exc::runtime_exc_t>([&] { m_wrapper.thread().join(0); })); });
+    pthread_t id = 0;
+    m_wrapper.Start([&] { id = pthread_self(); });
+    m_wrapper.Destroy();
+    const std::string failure = util::Format(
+        "Thread not finished within [0] milliseconds.\n--tr:Failed to wait for thread [%1] to finish.", id);
+    EXPECT_EQ((std::vector<std::string>{failure, failure}), failures);
+}
+
+TEST_F(ThreadCalls, LongestWaitMayEndBeforeTheThread)
+{
+    m_wrapper.Start([&] { m_may_end.wait(-1); });
+    g_wait_result = ETIMEDOUT;
+    EXPECT_FALSE(m_wrapper.thread().wait(-1));
+    g_wait_result = ETIMEDOUT;
+    EXPECT_EQ(0u, Thrown<exc::runtime_exc_t>([&] { m_wrapper.thread().join(-1); })
+                      .find("Thread not finished within [-1] milliseconds.\n--tr:"));
+    m_may_end.set();
+}
+
+TEST_F(ThreadCalls, OnlyTheThreadItselfHoldsItsContextWhenItCountsAsFinished)
+{
+    long shares = 0;
+    boost::weak_ptr<synch::CThreadContext> context;
+    body_t on_broadcast = [&] { shares = context.use_count(); };
+    m_wrapper.Start(
+        [&]
+        {
+            context = synch::CThreadContext::GetCurrent();
+            g_on_broadcast = &on_broadcast;
+        });
+    m_wrapper.Destroy();
+    EXPECT_EQ(1, shares);
+}
+
 TEST_F(ThreadCalls, ThreadWithoutAHolderOfItsIdIsJoinedAsUnknown)
 {
     m_wrapper.Start([&] { m_may_end.wait(-1); });
@@ -298,17 +348,23 @@ TEST_F(ThreadCalls, FailedEventPassesThroughTheOtherQuestions)
     m_may_end.set();
 }
 
-TEST_F(ThreadCalls, WaitersKeepTheEventOfAWrapperThatGoes)
+TEST_F(ThreadCalls, WaitersKeepWhatTheyNeedOfAWrapperThatGoes)
 {
-    const body_t waits[] = {[&] { EXPECT_TRUE(m_wrapper.thread().wait(-1)); },
-                            [&] { m_wrapper.thread().join(-1); }};
-    for (const body_t& wait : waits)
+    const struct
+    {
+        body_t wait;
+        long id_shares;
+    } cases[] = {{[&] { EXPECT_TRUE(m_wrapper.thread().wait(-1)); }, 2},
+                 {[&] { m_wrapper.thread().join(-1); }, 3}};
+    for (const auto& [wait, expected_id_shares] : cases)
     {
         event_t has_begun(false);
         long shares = 0;
+        long id_shares = 0;
         body_t on_wait = [&]
         {
             shares = FinishedEvent(m_wrapper.thread()).use_count();
+            id_shares = IdHolder(m_wrapper.thread()).use_count();
             has_begun.set();
         };
         m_wrapper.Start(
@@ -320,6 +376,7 @@ TEST_F(ThreadCalls, WaitersKeepTheEventOfAWrapperThatGoes)
         g_on_wait = &on_wait;
         wait();
         EXPECT_EQ(3, shares); // of the wrapper, of the thread and of the waiter
+        EXPECT_EQ(expected_id_shares, id_shares);
         m_wrapper.WaitForTheEnd();
     }
 }
