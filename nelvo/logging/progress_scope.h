@@ -63,7 +63,9 @@ public:
     template <class... Args>
     progress_scope_t(bool silent, const logging::log_channel_t&& channel, const Args&... args) = delete;
 
-    // Closes an open scope as close_failed does.
+    // Takes the mark away, which a scope that was closed by hand has had until now, and closes an open scope
+    // as close_failed does.
+    // Kept: Marks.StayWhenTheScopeIsClosedByHand
     ~progress_scope_t();
 
     progress_scope_t(const progress_scope_t&) = delete;
@@ -110,7 +112,7 @@ public:
     template <class... Args>
     quiet_progress_scope_t(const logging::log_channel_t&& channel, const Args&... args) = delete;
 
-    // Closes an open scope as close_failed does.
+    // As that of progress_scope_t.
     ~quiet_progress_scope_t();
 
     quiet_progress_scope_t(const quiet_progress_scope_t&) = delete;

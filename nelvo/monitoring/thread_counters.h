@@ -19,8 +19,8 @@ namespace workload
 class CThreadCounters
 {
 public:
-    // Start and stop the calling thread's counter, which the first call makes. The result is that of a system
-    // call: below 0 it counts as no bytes, and the time counts all the same.
+    // Start and stop the calling thread's counter, which the first call makes; later calls take no memory.
+    // The result is that of a system call: below 0 it counts as no bytes, and the time counts all the same.
     void Start();
     void Stop(std::int64_t result);
 

@@ -18,7 +18,8 @@ public:
     // On the thread that it registers. Logs before the thread stands in the table.
     CThreadMonitorRegistration(const std::string& role, std::uint64_t parent_id);
 
-    // Logs when the thread has been removed, as far as that goes (CThreadStatesCollection::Remove).
+    // Logs when the thread has been removed, as far as that goes (CThreadStatesCollection::Remove). What
+    // leaves the log then, which is no std::exception, ends the process.
     ~CThreadMonitorRegistration();
 
     CThreadMonitorRegistration(const CThreadMonitorRegistration&) = delete;

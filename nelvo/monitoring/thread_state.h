@@ -58,8 +58,9 @@ public:
     // Kept: ThreadState.LogDumpPrintsTheLowHalfOfTheIdAsASignedNumber
     void DumpToLog() const;
 
-    // The same lines, each ended by CR LF, in one write to the file. The id is whole, as an unsigned number.
-    // Throws what posix_file_t::WriteBytes throws. Defined in thread_dump.cpp.
+    // The same lines in one write to the file, each ended by CR LF, and the first without its full stop. The
+    // id is whole, as an unsigned number. Throws what posix_file_t::WriteBytes throws. Defined in
+    // thread_dump.cpp.
     void DumpToFile(const posix_file_ptr_t& file) const;
 
     const std::string& GetRole() const { return m_role; }
@@ -75,7 +76,8 @@ private:
 };
 
 // The table of all states. Any thread may use it at any time. Its mutex is recursive and is held while a dump
-// is written: whoever holds the log must not wait for a thread that waits for the table.
+// is written: whoever holds the log must not wait for a thread that waits for the table, nor open a progress
+// scope, which asks for the table.
 class CThreadStatesCollection
 {
 public:
@@ -87,8 +89,8 @@ public:
     void Add(const boost::shared_ptr<CThreadState>& state);
 
     // Looks for the low half of the id, widened with its sign, while Add stores the whole. An id of 2^31 or
-    // more isn't found: the state of a finished thread stays, with its marks, and stands in each dump, until a
-    // later thread has the same id. A thread whose id is the number looked for loses its state instead.
+    // more isn't found: the state of a finished thread stays, with its marks, and stands in each dump, until
+    // a later thread has the same id. A thread whose id is the number looked for loses its state instead.
     // Kept: ThreadStatesCollection.RemoveMissesIdsBeyond32Bits
     void Remove(const boost::shared_ptr<CThreadState>& state);
 

@@ -34,7 +34,8 @@ public:
     void TakeAndReset(std::uint64_t& busy, std::uint64_t& bytes);
 
     // Busy time in percent of all time since the last reset, as of the last closed cycle; 0 after a cycle
-    // that took no time.
+    // that took no time, whatever the sums.
+    // Kept: TimeRatioCounter.CycleWithoutTimeAddsItsBytesAndMakesTheRatioZero
     float GetRatio() const { return m_ratio; }
 
 private:

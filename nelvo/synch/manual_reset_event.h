@@ -34,7 +34,8 @@ public:
 
     // Whether the event was seen set within the timeout, in ms; -1 is 21 days, the longest wait there is. The
     // state stays as it is; 0 just reads it. The deadline is one of the wall clock (pthread_cond_timedwait(3)
-    // on the real-time clock): a clock that is put back makes the wait longer.
+    // on the real-time clock): a clock that is put back makes the wait longer. Any other number below 0 fails
+    // or times out, as the clock has it.
     // Kept: ManualResetEventCalls.LongestWaitEndsAfter21Days
     bool wait(std::int32_t timeout);
 
