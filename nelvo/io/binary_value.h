@@ -141,4 +141,28 @@ extern template cnt::secure_array_t ReadArray(io_dev_t& stream);
 void WriteRaw(io_dev_t& stream, const void* data, std::uint64_t count);
 void ReadRaw(io_dev_t& stream, void* buffer, std::uint64_t count);
 
+template <class Value>
+void WriteRawValue(io_dev_t& stream, Value value)
+{
+    static_assert(kIsStreamValue<Value> && std::is_unsigned_v<Value>);
+    WriteRaw(stream, &value, sizeof(value));
+}
+template <class Value>
+Value ReadRawValue(io_dev_t& stream)
+{
+    static_assert(kIsStreamValue<Value> && std::is_unsigned_v<Value>);
+    Value value = 0;
+    stream.read(&value, sizeof(value));
+    return value;
+}
+
+// An array of that size, whose memory is only touched as far as the bytes come.
+template <class Array>
+Array ReadRawArray(io_dev_t& stream, std::uint32_t size)
+{
+    Array bytes(size);
+    stream.read(bytes.data(), size);
+    return bytes;
+}
+
 } // namespace io
