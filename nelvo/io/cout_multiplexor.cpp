@@ -50,12 +50,10 @@ void CCoutMultiplexor::clear_targets()
 void CCoutMultiplexor::write_error(const std::string& message)
 {
     const lock_t lock(m_mutex);
-    if (m_targets.empty())
-    {
+    const targets_t targets = m_targets;
+    if (targets.empty())
         std::cerr << message << std::endl;
-        return;
-    }
-    for (const auto& target : m_targets)
+    for (const auto& target : targets)
     {
         try
         {
@@ -73,11 +71,15 @@ void CCoutMultiplexor::write_error(const std::string& message)
 void CCoutMultiplexor::send_text(const std::string& text, std::int32_t kind)
 {
     const lock_t lock(m_mutex);
-    for (const auto& target : m_targets)
+    if (m_targets.empty())
+        return;
+    const targets_t targets = m_targets;
+    const std::string wrapped = wrap_notification(text, kind);
+    for (const auto& target : targets)
     {
         try
         {
-            target->write_text(wrap_notification(text, kind));
+            target->write_text(wrapped);
         }
         catch (std::exception& e)
         {

@@ -18,7 +18,8 @@
 namespace io
 {
 
-// A listener: a device that also takes text. What fails in there is logged and goes no further.
+// A listener: a device that also takes text. A std::exception from there is logged and goes no further. While
+// it takes text it may add and remove targets, itself too: the send goes to those that were there before.
 class cout_target_t : public io_dev_t
 {
 public:
@@ -30,8 +31,9 @@ class CCoutMultiplexor
 public:
     static constexpr std::int32_t kNotification = 2;
 
-    // Each logs on "cli" with the target's address in decimal. A target that is added twice gets all texts
-    // twice; remove_target takes away the first of them, and logs also if there is none.
+    // Each logs on "cli" with the target's address in decimal. A target, which must not be null, gets all
+    // texts twice if it is added twice; remove_target takes away the first of them, and logs also if there is
+    // none. Kept: CoutMultiplexor.RemovalOfAStrangerIsLogged
     void add_target(const boost::shared_ptr<cout_target_t>& target);
     void remove_target(const cout_target_t* target);
 
@@ -53,8 +55,10 @@ public:
     static std::string wrap_notification(const std::string& text, std::int32_t kind);
 
 private:
-    boost::recursive_mutex m_mutex;
-    std::vector<boost::shared_ptr<cout_target_t>> m_targets; // in the order of registration
+    using targets_t = std::vector<boost::shared_ptr<cout_target_t>>;
+
+    boost::recursive_mutex m_mutex; // guards the targets
+    targets_t m_targets;            // in the order of registration
 };
 
 } // namespace io

@@ -1,12 +1,11 @@
 #include "nelvo/io/dev_registry.h"
 
-#include <strings.h>
-
 #include <boost/thread/lock_guard.hpp>
 
 #include "nelvo/core/exc/runtime_exc.h"
 #include "nelvo/core/guid.h"
 #include "nelvo/core/util/path_text.h"
+#include "nelvo/core/util/text.h"
 #include "nelvo/logging/channels.h"
 
 namespace io
@@ -16,13 +15,7 @@ namespace
 
 using lock_t = boost::lock_guard<boost::recursive_mutex>;
 
-const char kCloudPrefix[] = "clouddisk://";
 constexpr std::uint32_t kFirstPoolId = 1;
-
-bool HasCloudPrefix(const std::string& alias)
-{
-    return ::strncasecmp(alias.c_str(), kCloudPrefix, sizeof(kCloudPrefix) - 1) == 0;
-}
 
 } // namespace
 
@@ -61,28 +54,29 @@ boost::shared_ptr<io_dev_pool_t> dev_registry_t::GetPool(std::uint32_t id) const
 
 std::uint32_t dev_registry_t::AllocPoolId() const
 {
-    std::uint32_t id = 0;
-    if (!FindFreePoolIdFrom(kFirstPoolId, id))
+    const auto id = LowestFreePoolId(kFirstPoolId);
+    if (!id)
         throw exc::runtime_exc_t("Cannot find free pool id.");
-    return id;
+    return *id;
 }
 
 std::uint32_t dev_registry_t::FindFreePoolId(std::uint32_t start) const
 {
-    std::uint32_t id = 0;
-    if (!FindFreePoolIdFrom(start, id))
+    const auto id = LowestFreePoolId(start);
+    if (!id)
         throw exc::runtime_exc_t("Cannot find free pool id ( check started from pool id '%1').", start);
-    return id;
+    return *id;
 }
 
 // One walk along the taken ids, which the map has in order.
-bool dev_registry_t::FindFreePoolIdFrom(std::uint32_t start, std::uint32_t& free_id) const
+std::optional<std::uint32_t> dev_registry_t::LowestFreePoolId(std::uint32_t start) const
 {
     const lock_t lock(m_mutex);
-    free_id = start;
-    for (auto taken = m_pools.lower_bound(start); taken != m_pools.end() && taken->first == free_id; ++taken)
-        ++free_id;
-    return start <= kMaxPoolId && free_id <= kMaxPoolId;
+    std::uint32_t id = start;
+    if (start <= kMaxPoolId)
+        for (auto taken = m_pools.lower_bound(start); taken != m_pools.end() && taken->first == id; ++taken)
+            ++id;
+    return id <= kMaxPoolId ? std::optional(id) : std::nullopt;
 }
 
 void dev_registry_t::RemovePools()
@@ -95,7 +89,7 @@ void dev_registry_t::SetCloudAliasPath(const std::string& alias, const std::stri
 {
     const lock_t lock(m_mutex);
     logging::channels::default_log.info("Setting cloud VM alias [%1] for path [%2].", alias, path);
-    if (!HasCloudPrefix(alias))
+    if (!util::StartsWithNoCase(alias, "clouddisk://"))
         throw exc::runtime_exc_t("Invalid cloud alias prefix: %1", alias);
     m_prefixes[alias] = path;
 }

@@ -10,6 +10,7 @@
 
 #include <cstdint>
 #include <map>
+#include <optional>
 #include <string>
 
 #include <boost/shared_ptr.hpp>
@@ -73,7 +74,7 @@ public:
     std::string FindPrefixPath(const std::string& prefix) const;
 
 private:
-    bool FindFreePoolIdFrom(std::uint32_t start, std::uint32_t& free_id) const;
+    std::optional<std::uint32_t> LowestFreePoolId(std::uint32_t start) const;
 
     mutable boost::recursive_mutex m_mutex; // guards all that follows
     std::map<std::string, boost::shared_ptr<io_dev_factory_t>> m_factories;
@@ -81,9 +82,10 @@ private:
     std::map<std::string, std::string> m_prefixes;
 };
 
-// "MemFs://" and the path. A path that util::IsRelativeName does not take for relative, one with a separator
-// for instance, is exc::runtime_exc_t with "[<path>] is not a relative path." Kept:
-// DevRegistry.MemFsPathWithASeparatorIsRefused
+// "MemFs://" and the path. A path that util::IsRelativeName does not take for relative is exc::runtime_exc_t
+// with
+// "[<path>] is not a relative path.": one with a separator in it, and one with a dot in front.
+// Kept: DevRegistry.MemFsPathWithASeparatorIsRefused
 std::string MakeMemFsPath(const std::string& relative_path);
 
 } // namespace io
