@@ -1,6 +1,5 @@
 #include "nelvo/crypto/runtime_key_store.h"
 
-#include <exception>
 #include <utility>
 
 #include <boost/thread/lock_guard.hpp>
@@ -15,13 +14,13 @@ namespace
 
 using lock_t = boost::lock_guard<boost::recursive_mutex>;
 
-// Empty for a text that is no id.
+// Empty for a text that is no id. The length is looked at first, and so no long text is converted.
 CKeySetId::ptr_t IdFromText(std::string_view text)
 try
 {
-    return CKeySetId::FromBlob(util::BytesFromHex(text));
+    return text.size() == 2 * SRawKeySetId::kSize ? CKeySetId::FromBlob(util::BytesFromHex(text)) : nullptr;
 }
-catch (std::exception&)
+catch (exc::runtime_exc_t&)
 {
     return nullptr;
 }

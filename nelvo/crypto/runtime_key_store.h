@@ -20,8 +20,8 @@ namespace crypto
 class CRuntimeKeyStore
 {
 public:
-    // The set itself; an empty pointer if there is none. The text is an id in hexadecimal; one that is none
-    // finds nothing.
+    // The set itself; an empty pointer if there is none. The text is an id in 32 hexadecimal digits of either
+    // case; any other finds nothing.
     CKeySet::ptr_t Find(const CKeySetId& id) const;
     CKeySet::ptr_t Find(std::string_view id) const;
 
@@ -31,7 +31,7 @@ public:
     CKeySet::ptr_t Get(const CKeySetId::ptr_t& id) const;
 
     // Stores a clone (CKeySet::Clone), which shares the keys, in the place of a set with that id. An empty
-    // pointer is exc::runtime_exc_t with "Key set is not specified."
+    // pointer is exc::runtime_exc_t with "Key set is not specified."; the sets before it are stored by then.
     void Add(const CKeySet::ptr_t& key_set);
     void AddAll(const std::vector<CKeySet::ptr_t>& key_sets);
 
