@@ -27,11 +27,12 @@ void CCommonLibCtx::CheckAccess(const util::str_t& path)
     m_permissions->CheckAccess(path);
 }
 
+// The permissions of before end with the caller's argument, when the mutex is free again.
 void CCommonLibCtx::SetFilesAccessPermissions(
-    const boost::shared_ptr<security::IFilesAccessPermissions>& permissions)
+    boost::shared_ptr<security::IFilesAccessPermissions> permissions)
 {
     const lock_t lock(m_access_mutex);
-    m_permissions = permissions;
+    m_permissions.swap(permissions);
 }
 
 boost::shared_ptr<security::IFilesAccessPermissions> CCommonLibCtx::GetFilesAccessPermissions() const

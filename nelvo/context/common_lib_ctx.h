@@ -31,7 +31,7 @@ public:
     void CheckAccess(const util::str_t& path);
 
     // The default allows everything. The permissions must not be null.
-    void SetFilesAccessPermissions(const boost::shared_ptr<security::IFilesAccessPermissions>& permissions);
+    void SetFilesAccessPermissions(boost::shared_ptr<security::IFilesAccessPermissions> permissions);
     boost::shared_ptr<security::IFilesAccessPermissions> GetFilesAccessPermissions() const;
 
     // The parts below live as long as the context, and have locks of their own.

@@ -6,26 +6,37 @@
 
 namespace io
 {
+namespace
+{
+
+const char* TextOf(const std::exception& exception)
+{
+    const char* const text = exception.what();
+    return text != nullptr ? text : "";
+}
+
+} // namespace
 
 void ReportError(const std::string& message) { GetCommonLibCtx()->GetCoutMultiplexor().write_error(message); }
 
-void ReportError(const std::exception& exception) { ReportError(std::string(exception.what())); }
+void ReportError(const std::exception& exception) { ReportError(std::string(TextOf(exception))); }
 
 void ReportError(const std::string& message, const std::exception& exception)
 {
-    ReportError(message + exception.what());
+    ReportError(message + TextOf(exception));
 }
 
 void ReportAndLogError(const std::exception& exception)
 {
-    logging::log_channel_t().error(exception.what());
+    logging::log_channel_t().error(TextOf(exception));
     ReportError(exception);
 }
 
-void ReportAndLogMessage(const logging::message_t& message, const std::exception& exception)
+void ReportAndLogError(const std::exception& exception, const logging::message_t& message)
 {
-    logging::log_exception(exception, message);
-    ReportError(message.form() + "\n" + exception.what());
+    const std::string text = message.form();
+    logging::log_exception(exception, text);
+    ReportError(text + "\n", exception);
 }
 
 } // namespace io

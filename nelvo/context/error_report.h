@@ -2,7 +2,10 @@
 
 // Reports of failures to all who listen to the process's output, or else to standard error: each goes through
 // the context's multiplexor (CCoutMultiplexor::write_error). The forms that log write to the process log
-// first. They throw what GetCommonLibCtx throws.
+// first. An exception's text is what(); a what() of null counts as an empty text. All throw what
+// GetCommonLibCtx throws.
+//
+//   io::ReportAndLogError(e, "Cannot open [%1].", path);
 
 #include <exception>
 #include <string>
@@ -16,20 +19,22 @@ namespace io
 void ReportError(const std::string& message);
 void ReportError(const std::exception& exception);
 
-// The message and what(), with nothing between them.
+// The message and the exception's text, with nothing between them.
 // Kept: ErrorReport.MessageAndExceptionAreNotParted
 void ReportError(const std::string& message, const std::exception& exception);
 
+// Logs one error of the empty tag.
 void ReportAndLogError(const std::exception& exception);
 
-// The message and what() with a line feed between them. The message may be a pattern with 1 to 3 arguments.
-void ReportAndLogMessage(const logging::message_t& message, const std::exception& exception);
+// The message (a text, or a pattern with 1 to 3 arguments) and the exception's text, with a line feed between
+// them. Logs them as two errors (log_exception).
+void ReportAndLogError(const std::exception& exception, const logging::message_t& message);
 
 template <class... Args>
 void ReportAndLogError(const std::exception& exception, std::string_view pattern, const Args&... args)
 {
     static_assert(sizeof...(Args) <= 3, "a report takes up to 3 arguments");
-    ReportAndLogMessage(logging::message_t(pattern, {util::text_arg_t(args)...}), exception);
+    ReportAndLogError(exception, logging::message_t(pattern, {util::text_arg_t(args)...}));
 }
 
 } // namespace io

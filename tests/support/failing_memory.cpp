@@ -8,14 +8,15 @@
 namespace
 {
 
-thread_local bool g_next_fails = false;
+// How many allocations are left up to the one that fails; 0 if none does.
+thread_local std::size_t g_left = 0;
 bool g_changes_errno = false;
 
 } // namespace
 
-void FailNextAllocation() { g_next_fails = true; }
+void FailNextAllocation(std::size_t after) { g_left = after + 1; }
 
-bool HasAllocationFailed() { return !std::exchange(g_next_fails, false); }
+bool HasAllocationFailed() { return std::exchange(g_left, 0) == 0; }
 
 bool ChangeErrnoWithMemory()
 {
@@ -25,7 +26,7 @@ bool ChangeErrnoWithMemory()
 
 void* operator new(std::size_t size)
 {
-    if (std::exchange(g_next_fails, false))
+    if (g_left != 0 && --g_left == 0)
         throw std::bad_alloc();
     void* const memory = std::malloc(size != 0 ? size : 1);
     if (memory == nullptr)

@@ -2,8 +2,11 @@
 
 // Memory that runs out for a moment. A program that uses this has an operator new of its own.
 
-// Makes the calling thread's next allocation by operator new throw std::bad_alloc, and none after it.
-void FailNextAllocation();
+#include <cstddef>
+
+// Makes one of the calling thread's allocations by operator new throw std::bad_alloc: the next one, or that
+// after so many others. None after it does.
+void FailNextAllocation(std::size_t after = 0);
 
 // True if an allocation has failed since then. Ends the wait for one.
 bool HasAllocationFailed();
