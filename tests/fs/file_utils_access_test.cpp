@@ -1,13 +1,9 @@
 #include <cstdlib>
 #include <string>
-#include <unistd.h>
-#include <vector>
 
 #include <boost/make_shared.hpp>
 #include <gtest/gtest.h>
 
-#include "nelvo/context/path_access.h"
-#include "nelvo/core/exc/runtime_exc.h"
 #include "nelvo/core/util/str.h"
 #include "nelvo/fs/file_aging.h"
 #include "nelvo/fs/file_flags.h"
@@ -20,302 +16,268 @@
 #include "nelvo/logging/log.h"
 #include "tests/fs/child.h"
 #include "tests/support/lines_receiver.h"
-#include "tests/support/temp_folder.h"
-#include "tests/support/thrown.h"
+#include "tests/support/path_spy.h"
+
+using folder_t = const temp_folder_t&;
 
 namespace
 {
 
-std::vector<std::string> g_asked;
-std::string g_refused;
+std::wstring Wide(const std::string& path) { return {path.begin(), path.end()}; }
+
+// The path and more behind a zero byte.
+std::string Cut(const std::string& path) { return path + std::string("\0/x", 3); }
+
+std::string Failure(const spied_call_t& call) { return SpyOnRefused(0, call).failure; }
+
+// The lines that are logged while the first ask is refused.
+std::string Log(const spied_call_t& call)
+{
+    const auto log = boost::make_shared<lines_receiver_t>();
+    logging::GetProcessLog()->set_receiver(log);
+    SpyOnRefused(0, call);
+    logging::GetProcessLog()->set_receiver({});
+    return WithoutHeads(log->text());
+}
 
 } // namespace
 
-namespace security
+// clang-format off
+TEST(FileUtilsAccess, RefusalStopsEachOperationOnOnePath)
 {
-
-void CheckPathAccess(const util::str_t& path)
-{
-    g_asked.push_back(path.narrow());
-    if (path.narrow() == g_refused)
-        throw exc::runtime_exc_t("refused");
+    ExpectStoppedByEachRefusal({
+        {"ExistsByStat", "ask a; touch a; ", [](folder_t f) { util::ExistsByStat(f / "a"); }},
+        {"ExistsByStat, wide", "ask a; touch a; ", [](folder_t f) { util::ExistsByStat(Wide(f / "a")); }},
+        {"ExistsByLstat", "ask a; touch a; ", [](folder_t f) { util::ExistsByLstat(f / "a"); }},
+        {"FileExists", "ask a; touch a; ", [](folder_t f) { util::FileExists(f / "a"); }},
+        {"FileExists, wide", "ask a; touch a; ", [](folder_t f) { util::FileExists(Wide(f / "a")); }},
+        {"fs_short_stat", "ask a; touch a; ", [](folder_t f) { util::fs_short_stat(f / "a"); }},
+        {"GetDeviceId", "ask a; touch a; ", [](folder_t f) { util::GetDeviceId(f / "a"); }},
+        {"CreateDirectory", "ask b; touch b; ", [](folder_t f) { util::CreateDirectory(f / "b"); }},
+        {"RemoveFile", "ask a; touch a; ", [](folder_t f) { util::RemoveFile(f / "a"); }},
+        {"CreateEmptyFile", "ask b; touch b; ", [](folder_t f) { util::CreateEmptyFile(f / "b"); }},
+        {"CreateEmptyFile, wide", "ask b; touch b; ",
+         [](folder_t f) { util::CreateEmptyFile(Wide(f / "b")); }},
+        {"OpenForAppendOrCreate", "ask b; touch b; ",
+         [](folder_t f) { util::OpenForAppendOrCreate(Wide(f / "b")); }},
+        {"CheckFreeSpace", "ask a; touch a; ", [](folder_t f) { util::CheckFreeSpace(f / "a", 0); }},
+        {"GetFreeSpace", "ask a; touch a; ", [](folder_t f) { util::GetFreeSpace(f / "a"); }},
+        {"SetImmutable", "ask a; touch a; ", [](folder_t f) { util::SetImmutable(f / "a", false); }},
+        {"SetNoCow", "ask a; touch a; ", [](folder_t f) { util::SetNoCow(f / "a", false); }},
+    });
 }
 
-} // namespace security
-
-namespace
+TEST(FileUtilsAccess, RefusalStopsEachOperationOnTwoPathsWhicheverIsRefused)
 {
-
-class AccessOrder : public testing::Test
-{
-protected:
-    // The paths below the folder that the call asks about, in order, each followed by a blank. Whether the
-    // call fails is no matter.
-    template <class Call>
-    std::string Asked(Call call)
-    {
-        g_asked.clear();
-        try
-        {
-            call();
-        }
-        catch (const std::exception&)
-        {
-        }
-        std::string text;
-        for (const std::string& path : g_asked)
-        {
-            if (path.rfind(m_folder / "", 0) == 0)
-                text += path.substr(m_folder.path().size() + 1) + " ";
-        }
-        return text;
-    }
-
-    // The text with which the call fails if the path is refused.
-    template <class Call>
-    static std::string Refused(const std::string& path, Call call)
-    {
-        g_refused = path;
-        std::string text = Thrown<exc::runtime_exc_t>(call);
-        g_refused.clear();
-        return text;
-    }
-
-    using asked_t = std::vector<std::string>;
-
-    temp_folder_t m_folder;
-    const std::string m_a = m_folder / "a";
-    const std::string m_b = m_folder / "b";
-    const std::wstring m_wide_a{m_a.begin(), m_a.end()};
-    const std::wstring m_wide_b{m_b.begin(), m_b.end()};
-    std::string m_volume;
-};
-
-} // namespace
-
-TEST_F(AccessOrder, OnePathIsAskedAboutOnce)
-{
-    EXPECT_EQ("a ", Asked([&] { util::ExistsByStat(m_a); }));
-    EXPECT_EQ("a ", Asked([&] { util::ExistsByStat(m_wide_a); }));
-    EXPECT_EQ("a ", Asked([&] { util::ExistsByLstat(m_a); }));
-    EXPECT_EQ("a ", Asked([&] { util::FileExists(m_a); }));
-    EXPECT_EQ("a ", Asked([&] { util::FileExists(m_wide_a); }));
-    EXPECT_EQ("a ", Asked([&] { util::fs_short_stat(m_a); }));
-    EXPECT_EQ("a ", Asked([&] { util::GetDeviceId(m_a); }));
-    EXPECT_EQ("a ", Asked([&] { util::RemoveFile(m_a); }));
-    EXPECT_EQ("a ", Asked([&] { util::CheckFreeSpace(m_a, 0); }));
-    EXPECT_EQ("a ", Asked([&] { util::GetFreeSpace(m_a); }));
-    EXPECT_EQ("a ", Asked([&] { util::SetImmutable(m_a, false); }));
-    EXPECT_EQ("a ", Asked([&] { util::SetNoCow(m_a, false); }));
-    EXPECT_EQ("a ", Asked([&] { util::CreateEmptyFile(m_a); }));
-    EXPECT_EQ("a ", Asked([&] { util::CreateEmptyFile(m_wide_a); }));
-    EXPECT_EQ("a ", Asked([&] { util::OpenForAppendOrCreate(m_wide_a); }));
-    EXPECT_EQ("b ", Asked([&] { util::CreateDirectory(m_b); }));
+    ExpectStoppedByEachRefusal({
+        {"CreateSymlink", "ask b; ask a; touch b; ",
+         [](folder_t f) { util::CreateSymlink(f / "b", f / "a"); }},
+        {"RenameFile", "ask b; ask a; touch a; touch b; ",
+         [](folder_t f) { util::RenameFile(f / "a", f / "b"); }},
+        {"CopyFile", "ask a; ask b; touch b; touch a; touch b; ",
+         [](folder_t f) { util::CopyFile(f / "a", f / "b", true); }},
+        {"CopyFile, wide", "ask a; ask b; touch b; touch a; touch b; ",
+         [](folder_t f) { util::CopyFile(Wide(f / "a"), Wide(f / "b"), true); }},
+        {"IsSameDevice", "ask a; touch a; ask l; touch l; ",
+         [](folder_t f) { util::IsSameDevice(f / "a", f / "l"); }},
+    });
 }
 
-TEST_F(AccessOrder, TwoPathsAreAskedAboutInTheirOrder)
+TEST(FileUtilsAccess, RefusalStopsEachStepOfAnOperation)
 {
-    EXPECT_EQ("a b ", Asked([&] { util::CreateSymlink(m_a, m_b); }));
-    EXPECT_EQ("b a ", Asked([&] { util::RenameFile(m_a, m_b); }));
-    EXPECT_EQ("a b ", Asked([&] { util::CopyFile(m_a, m_b, true); }));
-    EXPECT_EQ("a b ", Asked([&] { util::CopyFile(m_wide_a, m_wide_b, true); }));
-    WriteFile(m_a, "");
-    EXPECT_EQ("a b ", Asked([&] { util::IsSameDevice(m_a, m_b); }));
+    ExpectStoppedByEachRefusal({
+        {"CreateParentFolders",
+         "ask c/d/e; ask c; touch c; ask c; touch c; ask c/d; touch c/d; ask c/d; touch c/d; ",
+         [](folder_t f) { util::CreateParentFolders(f / "c/d/e"); }},
+        {"RemoveSymlink", "ask l; ask l; touch l; ", [](folder_t f) { util::RemoveSymlink(f / "l"); }},
+        {"AgeFile", "ask a.1; touch a.1; ask a; touch a; ask a.1; ask a; touch a; touch a.1; ",
+         [](folder_t f) { util::AgeFile(1, f / "a", ".log"); }},
+    });
 }
 
-TEST_F(AccessOrder, StepsOfAnOperationAskAgain)
+TEST(FileUtilsAccess, RefusalStopsTheFolderBelowHome)
 {
-    EXPECT_EQ("c/d/e c c c/d c/d ", Asked([&] { util::CreateParentFolders(m_folder / "c/d/e"); }));
-    EXPECT_EQ("a a ", Asked([&] { util::RemoveSymlink(m_a); }));
-    WriteFile(m_a, "");
-    EXPECT_EQ("a.1 a a.1 a ", Asked([&] { util::AgeFile(1, m_a, ".log"); }));
-    InChild(
-        [&]
-        {
-            ::setenv("HOME", m_folder.path().c_str(), 1);
-            EXPECT_EQ("tmp/ tmp/ ", Asked([&] { util::GetHomeTempDir(); }));
+    InChild([] {
+        ExpectStoppedByEachRefusal({
+            {"GetHomeTempDir", "ask tmp/; touch tmp/; ask tmp/; touch tmp/; ",
+             [](folder_t f) { ::setenv("HOME", f.path().c_str(), 1); util::GetHomeTempDir(); }},
         });
+    });
 }
 
-TEST_F(AccessOrder, TextAloneIsNotAskedAbout)
+TEST(FileUtilsAccess, RefusalStopsTheQuestionForFreeSpaceOnAVolume)
 {
-    EXPECT_EQ("", Asked([&] { util::IsVmfsPath(m_a, m_volume); }));
-    EXPECT_EQ("", Asked([&] { util::AgedFileName(m_a, ".log", 1); }));
-    EXPECT_EQ("", Asked([&] { util::ReplaceBadFileNameChars(m_a); }));
-    EXPECT_EQ("", Asked([&] { util::addFilesFromDir(m_a); }));
-    EXPECT_EQ("", Asked([&] { util::fs_get_volume_path_by_path(m_wide_a); }));
+    ExpectStoppedByEachRefusal({
+        {"CheckVmfsFreeSpace", "ask /vmfs/volumes/spied; fork; ",
+         [](folder_t) { util::CheckVmfsFreeSpace("/vmfs/volumes/spied", 1); }},
+        {"CheckFreeSpace", "ask /vmfs/volumes/spied/x; ask /vmfs/volumes/spied; fork; ",
+         [](folder_t) { util::CheckFreeSpace("/vmfs/volumes/spied/x", 1); }},
+    });
 }
 
-TEST_F(AccessOrder, PathUtilsAskThroughTheirTests)
+TEST(FileUtilsAccess, RefusalStopsPathUtilsThroughTheirTests)
 {
-    WriteFile(m_a, "");
-    EXPECT_EQ("a ", Asked([&] { CPathUtils::Exists(m_a); }));
-    EXPECT_EQ("a ", Asked([&] { CPathUtils::CreateHardLink(m_a, m_b); }));
-    EXPECT_EQ("a b ", Asked([&] { CPathUtils::Rename(m_a, m_b); }));
-    EXPECT_EQ("a c/d c ", Asked([&] { CPathUtils::Copy(m_a, m_folder / "c/d"); }));
-    EXPECT_EQ("e/f e ", Asked([&] { CPathUtils::CreateDir(m_folder / "e/f", true, 755); }));
+    ExpectStoppedByEachRefusal({
+        {"Exists", "ask a; touch a; ", [](folder_t f) { CPathUtils::Exists(f / "a"); }},
+        {"CreateHardLink", "ask a; touch a; touch b; ",
+         [](folder_t f) { CPathUtils::CreateHardLink(f / "a", f / "b"); }},
+        {"Rename", "ask a; touch a; ask b; touch b; touch a; touch b; ",
+         [](folder_t f) { CPathUtils::Rename(f / "a", f / "b"); }},
+        {"Copy", "ask a; touch a; ask c/d; touch c/d; touch a; ask c; touch c; touch c/d; ",
+         [](folder_t f) { CPathUtils::Copy(f / "a", f / "c/d"); }},
+        {"CreateDir", "ask e/f; touch e/f; ask e; touch e; touch e/f; ",
+         [](folder_t f) { CPathUtils::CreateDir(f / "e/f", true, 755); }},
+        {"CreateDirParents", "ask e/f; touch e/f; ask e; touch e; touch e/f; ",
+         [](folder_t f) { CPathUtils::CreateDirParents(f / "e/f", true); }},
+        {"CreateDirPlain", "ask e; touch e; ", [](folder_t f) { CPathUtils::CreateDirPlain(f / "e"); }},
+        {"FindCommand",
+         "ask /usr/bin/spied; touch /usr/bin/spied; ask /bin/spied; touch /bin/spied; "
+         "ask /usr/local/bin/spied; touch /usr/local/bin/spied; ",
+         [](folder_t) { CPathUtils::FindCommand("spied"); }},
+    });
 }
 
-TEST_F(AccessOrder, InfoOfAFileIsAskedForOnce)
+TEST(FileUtilsAccess, RefusalStopsTheQuestionWhatAFileIs)
 {
-    WriteFile(m_a, "");
-    EXPECT_EQ(0, ::symlink("a", m_b.c_str()));
-    EXPECT_EQ("a ", Asked([&] { util::GetFileInfo(m_a, true); }));
-    EXPECT_EQ("a ", Asked([&] { CPathUtils::GetInfo(m_a); }));
-    EXPECT_EQ("a ", Asked([&] { CPathUtils::GetType(m_a); }));
-    EXPECT_EQ("a ", Asked([&] { CPathUtils::IsFile(m_a); }));
-    EXPECT_EQ("a ", Asked([&] { CPathUtils::IsDir(m_a); }));
-    EXPECT_EQ("a ", Asked([&] { CPathUtils::IsLink(m_a); }));
-    EXPECT_EQ("b ", Asked([&] { CPathUtils::GetRealPath(m_b); }));
+    ExpectStoppedByEachRefusal({
+        {"GetFileInfo", "ask a; touch a; ", [](folder_t f) { util::GetFileInfo(f / "a", true); }},
+        {"GetFileInfo, missing", "ask b; touch b; ", [](folder_t f) { util::GetFileInfo(f / "b", false); }},
+        {"GetInfo", "ask a; touch a; ", [](folder_t f) { CPathUtils::GetInfo(f / "a"); }},
+        {"GetType", "ask a; touch a; ", [](folder_t f) { CPathUtils::GetType(f / "a"); }},
+        {"IsFile", "ask a; touch a; ", [](folder_t f) { CPathUtils::IsFile(f / "a"); }},
+        {"IsDir", "ask a; touch a; ", [](folder_t f) { CPathUtils::IsDir(f / "a"); }},
+        {"IsLink", "ask a; touch a; ", [](folder_t f) { CPathUtils::IsLink(f / "a"); }},
+        {"GetRealPath", "ask l; touch l; ", [](folder_t f) { CPathUtils::GetRealPath(f / "l"); }},
+    });
 }
 
-TEST_F(AccessOrder, RefusalOfAFileWhoseTypeIsWantedGetsEachContext)
+TEST(FileUtilsAccess, RefusalStopsOperationsThatOnlyLogTheirFailures)
 {
-    EXPECT_EQ("refused\nCPathUtils: Failed to check whether [" + m_a +
-                  "] exists.\nCan't get info for file [" + m_a + "].\nCPathUtils: Failed to get type of [" +
-                  m_a + "].",
-              Refused(m_a, [&] { CPathUtils::GetType(m_a); }));
-}
-
-TEST_F(AccessOrder, RecordsAloneAskNothing)
-{
-    WriteFile(m_a, "");
-    EXPECT_EQ("", Asked([&] { util::ReadFileInfo(m_a); }));
-    EXPECT_EQ("", Asked([&] { util::ApplyFileInfo({}, m_a); }));
-    EXPECT_EQ("", Asked([&] { util::ApplyFileMeta(util::ReadFileInfo(m_a).meta, m_a); }));
-    EXPECT_EQ("", Asked([&] { posix::posix_file_security::ReadFromFile(m_a)->ApplyToFile(m_a); }));
-}
-
-TEST_F(AccessOrder, LinksAndDeletionOfPathUtilsAskNothing)
-{
-    EXPECT_EQ("", Asked([&] { CPathUtils::CreateSymLink(m_a, m_b); }));
-    EXPECT_EQ("", Asked([&] { CPathUtils::ReadLink(m_b); }));
-    EXPECT_EQ("", Asked([&] { CPathUtils::Delete(m_b); }));
-    EXPECT_EQ("", Asked([&] { CPathUtils::Rename(m_a, m_a); }));
-}
-
-TEST_F(AccessOrder, EmptyPathIsRefusedByPathUtilsBeforeAnybodyIsAsked)
-{
-    Asked([] { CPathUtils::Exists(""); });
-    EXPECT_EQ(asked_t(), g_asked);
-    Asked([] { CPathUtils::CreateDir("", true, 755); });
-    EXPECT_EQ(asked_t(), g_asked);
-}
-
-TEST_F(AccessOrder, VmfsPathIsAskedAboutBeforeItsVolume)
-{
-    const std::string path = "/vmfs/volumes/x/y";
-    const std::string volume = "/vmfs/volumes/x";
-    g_asked.clear();
-    EXPECT_EQ("refused", Refused(volume, [&] { util::CheckFreeSpace(path, 1); }));
-    EXPECT_EQ((asked_t{path, volume}), g_asked);
-    g_asked.clear();
-    EXPECT_EQ("refused", Refused(path, [&] { util::CheckFreeSpace(path, 1); }));
-    EXPECT_EQ(asked_t{path}, g_asked);
-}
-
-TEST_F(AccessOrder, RefusalOfAVolumeHasNoContext)
-{
-    g_asked.clear();
-    EXPECT_EQ("refused", Refused("/vmfs/volumes/x", [] { util::CheckVmfsFreeSpace("/vmfs/volumes/x", 1); }));
-    EXPECT_EQ(asked_t{"/vmfs/volumes/x"}, g_asked);
-}
-
-TEST_F(AccessOrder, PathIsAskedAboutAsFarAsTheSystemSeesIt)
-{
-    const std::string a = m_a + std::string("\0x", 2);
-    const std::string b = m_b + std::string("\0x", 2);
-    EXPECT_EQ("a ", Asked([&] { util::ExistsByStat(a); }));
-    EXPECT_EQ("a ", Asked([&] { util::ExistsByStat(std::wstring(a.begin(), a.end())); }));
-    EXPECT_EQ("a ", Asked([&] { util::ExistsByLstat(a); }));
-    EXPECT_EQ("a ", Asked([&] { util::FileExists(a); }));
-    EXPECT_EQ("a ", Asked([&] { util::fs_short_stat(a); }));
-    EXPECT_EQ("a ", Asked([&] { util::GetDeviceId(a); }));
-    EXPECT_EQ("a ", Asked([&] { util::CheckFreeSpace(a, 0); }));
-    EXPECT_EQ("a ", Asked([&] { util::GetFreeSpace(a); }));
-    EXPECT_EQ("a ", Asked([&] { CPathUtils::Exists(a); }));
-    EXPECT_EQ("a b ", Asked([&] { util::CreateSymlink(a, b); }));
-    EXPECT_EQ("b a ", Asked([&] { util::RenameFile(a, b); }));
-    EXPECT_EQ("b a ", Asked([&] { util::CopyFile(b, a, false); }));
-    EXPECT_EQ("a a ", Asked([&] { util::RemoveSymlink(a); }));
-    EXPECT_EQ("a ", Asked([&] { util::RemoveFile(a); }));
-    EXPECT_EQ("a ", Asked([&] { util::CreateEmptyFile(a); }));
-    EXPECT_EQ("b ", Asked([&] { util::CreateDirectory(b); }));
-    EXPECT_EQ("b b ", Asked([&] { util::CreateParentFolders(b + "/y"); }));
-    EXPECT_EQ("refused", Refused("/vmfs/volumes/x",
-                                 [] { util::CheckVmfsFreeSpace(std::string("/vmfs/volumes/x\0y", 17), 1); }));
-}
-
-TEST_F(AccessOrder, RefusalPassesOnAndNothingIsDone)
-{
-    WriteFile(m_a, "text");
-    EXPECT_EQ("refused", Refused(m_a, [&] { util::RemoveFile(m_a); }));
-    EXPECT_EQ("refused", Refused(m_b, [&] { util::RenameFile(m_a, m_b); }));
-    EXPECT_EQ("refused", Refused(m_b, [&] { util::CopyFile(m_a, m_b, true); }));
-    EXPECT_EQ("refused", Refused(m_b, [&] { util::CreateSymlink(m_a, m_b); }));
-    EXPECT_EQ("refused", Refused(m_b, [&] { util::CreateDirectory(m_b); }));
-    EXPECT_EQ("refused", Refused(m_a, [&] { util::RemoveSymlink(m_a); }));
-    EXPECT_EQ("refused", Refused(m_a, [&] { util::CheckFreeSpace(m_a, 0); }));
-    EXPECT_EQ("refused", Refused(m_b, [&] { util::CreateEmptyFile(m_b); }));
-    EXPECT_EQ("refused", Refused(m_b, [&] { util::CreateEmptyFile(m_wide_b); }));
-    EXPECT_EQ("refused", Refused(m_b, [&] { util::OpenForAppendOrCreate(m_wide_b); }));
-    EXPECT_EQ("refused", Refused(m_a, [&] { util::SetImmutable(m_a, true); }));
-    EXPECT_EQ("refused", Refused(m_a, [&] { util::SetNoCow(m_a, true); }));
-    EXPECT_EQ("text", ReadFile(m_a));
-    EXPECT_FALSE(util::ExistsByLstat(m_b));
-}
-
-TEST_F(AccessOrder, RefusalGetsTheContextOfTheOperation)
-{
-    WriteFile(m_a, "text");
-    EXPECT_EQ("refused\nCPathUtils: Failed to check whether [" + m_a + "] exists.",
-              Refused(m_a, [&] { CPathUtils::Exists(m_a); }));
-    EXPECT_EQ("refused\nCannot age file. File path: [" + m_a + "]. Extension: [.log]. Ages limit: [0].",
-              Refused(m_a, [&] { util::AgeFile(0, m_a, ".log"); }));
-}
-
-TEST_F(AccessOrder, RefusalOfAFileWhoseFlagsAreTriedIsAWarning)
-{
-    WriteFile(m_a, "text");
-    const auto log = boost::make_shared<lines_receiver_t>();
-    logging::GetProcessLog()->set_receiver(log);
-    g_refused = m_a;
-    EXPECT_NO_THROW(util::TrySetImmutable(m_a, true));
-    EXPECT_NO_THROW(util::TrySetNoCow(m_a, false));
-    g_refused.clear();
-    logging::GetProcessLog()->set_receiver({});
-    EXPECT_EQ("       | WARN|Unable to set IMMUTABLE file attribute\n"
-              "       | >>  |refused\n"
-              "       | WARN|Unable to remove NOCOW file attribute\n"
-              "       | >>  |refused\n",
-              WithoutHeads(log->text()));
-}
-
-TEST_F(AccessOrder, SecurityOfAFileIsAskedAboutOnce)
-{
+    cnt::plain_array_t security;
+    util::GetFileSecurity("/", security);
     cnt::plain_array_t buffer;
-    EXPECT_EQ("a ", Asked([&] { util::GetFileSecurity(m_a, buffer); }));
-    EXPECT_EQ("a ", Asked([&] { util::SetFileSecurity(m_a + std::string("\0x", 2), buffer); }));
+    ExpectStoppedByEachRefusal({
+        {"TrySetImmutable", "ask a; touch a; ", [](folder_t f) { util::TrySetImmutable(f / "a", false); }},
+        {"TrySetNoCow", "ask a; touch a; ", [](folder_t f) { util::TrySetNoCow(f / "a", false); }},
+        {"GetFileSecurity", "ask a; touch a; ", [&](folder_t f) { util::GetFileSecurity(f / "a", buffer); }},
+        {"SetFileSecurity", "ask a; touch a; ",
+         [&](folder_t f) { util::SetFileSecurity(f / "a", security); }},
+    }, false);
 }
 
-TEST_F(AccessOrder, RefusalOfAFileWhoseSecurityIsWantedIsAWarning)
+TEST(FileUtilsAccess, RecordsAndLinksAskNobody)
 {
-    WriteFile(m_a, "text");
+    ExpectNobodyIsAsked({
+        {"ReadFileInfo", "touch a; ", [](folder_t f) { util::ReadFileInfo(f / "a"); }},
+        {"ApplyFileInfo", "touch a; ",
+         [](folder_t f) { util::ApplyFileInfo(util::ReadFileInfo(f / "a"), f / "a"); }},
+        {"ApplyFileMeta", "touch a; ",
+         [](folder_t f) { util::ApplyFileMeta(util::ReadFileInfo(f / "a").meta, f / "a"); }},
+        {"ApplyFileMetaUnchecked", "touch a; ",
+         [](folder_t f) { util::ApplyFileMetaUnchecked(util::ReadFileInfo(f / "a").meta, f / "a"); }},
+        {"ReadFromFile", "touch a; ", [](folder_t f) { posix::posix_file_security::ReadFromFile(f / "a"); }},
+        {"ApplyToFile", "touch a; ",
+         [](folder_t f) { posix::posix_file_security::ReadFromFile(f / "a")->ApplyToFile(f / "a"); }},
+        {"CreateSymLink", "touch b; ", [](folder_t f) { CPathUtils::CreateSymLink(f / "a", f / "b"); }},
+        {"ReadLink", "touch l; ", [](folder_t f) { CPathUtils::ReadLink(f / "l"); }},
+        {"Delete", "touch a; ", [](folder_t f) { CPathUtils::Delete(f / "a"); }},
+    });
+}
+
+TEST(FileUtilsAccess, TextAloneIsNeitherAskedAboutNorTouched)
+{
+    std::string volume;
+    ExpectNobodyIsAsked({
+        {"Rename to the same", "", [](folder_t f) { CPathUtils::Rename(f / "a", f / "a"); }},
+        {"IsVmfsPath", "", [&](folder_t) { util::IsVmfsPath("/vmfs/volumes/spied/x", volume); }},
+        {"AgedFileName", "", [](folder_t f) { util::AgedFileName(f / "a", ".log", 1); }},
+        {"ReplaceBadFileNameChars", "", [](folder_t f) { util::ReplaceBadFileNameChars(f / "a"); }},
+    });
+}
+
+TEST(FileUtilsAccess, OperationsOfOtherPlatformsAskNobody)
+{
+    EXPECT_EQ("", SpyOn([](folder_t f) { util::addFilesFromDir(f / "a"); }).events);
+    EXPECT_EQ("", SpyOn([](folder_t f) { util::fs_get_volume_path_by_path(Wide(f / "a")); }).events);
+}
+
+TEST(FileUtilsAccess, PathIsAskedAboutAsFarAsTheSystemSeesIt)
+{
+    ExpectStoppedByEachRefusal({
+        {"ExistsByStat", "ask a; touch a; ", [](folder_t f) { util::ExistsByStat(Cut(f / "a")); }},
+        {"ExistsByStat, wide", "ask a; touch a; ",
+         [](folder_t f) { util::ExistsByStat(Wide(Cut(f / "a"))); }},
+        {"ExistsByLstat", "ask a; touch a; ", [](folder_t f) { util::ExistsByLstat(Cut(f / "a")); }},
+        {"FileExists", "ask a; touch a; ", [](folder_t f) { util::FileExists(Cut(f / "a")); }},
+        {"fs_short_stat", "ask a; touch a; ", [](folder_t f) { util::fs_short_stat(Cut(f / "a")); }},
+        {"GetDeviceId", "ask a; touch a; ", [](folder_t f) { util::GetDeviceId(Cut(f / "a")); }},
+        {"CheckFreeSpace", "ask a; touch a; ", [](folder_t f) { util::CheckFreeSpace(Cut(f / "a"), 0); }},
+        {"GetFreeSpace", "ask a; touch a; ", [](folder_t f) { util::GetFreeSpace(Cut(f / "a")); }},
+        {"Exists", "ask a; touch a; ", [](folder_t f) { CPathUtils::Exists(Cut(f / "a")); }},
+        {"CreateSymlink", "ask b; ask a; touch b; ",
+         [](folder_t f) { util::CreateSymlink(Cut(f / "b"), Cut(f / "a")); }},
+        {"RenameFile", "ask b; ask a; touch a; touch b; ",
+         [](folder_t f) { util::RenameFile(Cut(f / "a"), Cut(f / "b")); }},
+        {"CopyFile", "ask a; ask b; touch b; touch a; touch b; ",
+         [](folder_t f) { util::CopyFile(Cut(f / "a"), Cut(f / "b"), false); }},
+        {"RemoveSymlink", "ask l; ask l; touch l; ", [](folder_t f) { util::RemoveSymlink(Cut(f / "l")); }},
+        {"RemoveFile", "ask a; touch a; ", [](folder_t f) { util::RemoveFile(Cut(f / "a")); }},
+        {"CreateEmptyFile", "ask b; touch b; ", [](folder_t f) { util::CreateEmptyFile(Cut(f / "b")); }},
+        {"CreateDirectory", "ask b; touch b; ", [](folder_t f) { util::CreateDirectory(Cut(f / "b")); }},
+        {"CreateParentFolders", "ask b; ask b; touch b; ask b; touch b; ",
+         [](folder_t f) { util::CreateParentFolders(Cut(f / "b")); }},
+        {"CheckVmfsFreeSpace", "ask /vmfs/volumes/spied; fork; ",
+         [](folder_t) { util::CheckVmfsFreeSpace(Cut("/vmfs/volumes/spied"), 1); }},
+    });
+}
+// clang-format on
+
+TEST(FileUtilsAccess, EmptyPathIsRefusedByPathUtilsBeforeAnybodyIsAsked)
+{
+    for (const spied_call_t& call : {spied_call_t([](folder_t) { CPathUtils::Exists(""); }),
+                                     spied_call_t([](folder_t) { CPathUtils::CreateDir("", true, 755); })})
+    {
+        const std::string failure = Failure(call);
+        EXPECT_EQ("Path is not set.", failure.substr(0, failure.find('\n')));
+    }
+}
+
+TEST(FileUtilsAccess, RefusalOfTheFreeSpaceOfAVolumeHasNoContext)
+{
+    EXPECT_EQ("refused", Failure([](folder_t) { util::CheckVmfsFreeSpace("/vmfs/volumes/spied", 1); }));
+}
+
+TEST(FileUtilsAccess, RefusalGetsTheContextOfTheOperation)
+{
+    const spied_t exists = SpyOnRefused(0, [](folder_t f) { CPathUtils::Exists(f / "a"); });
+    EXPECT_EQ("refused\nCPathUtils: Failed to check whether [a] exists.", exists.failure);
+    const spied_t ages = SpyOnRefused(0, [](folder_t f) { util::AgeFile(0, f / "a", ".log"); });
+    EXPECT_EQ("refused\nCannot age file. File path: [a]. Extension: [.log]. Ages limit: [0].", ages.failure);
+    const spied_t type = SpyOnRefused(0, [](folder_t f) { CPathUtils::GetType(f / "a"); });
+    EXPECT_EQ("refused\n"
+              "CPathUtils: Failed to check whether [a] exists.\n"
+              "Can't get info for file [a].\n"
+              "CPathUtils: Failed to get type of [a].",
+              type.failure);
+}
+
+TEST(FileUtilsAccess, RefusalOfAFileWhoseFlagsAreTriedIsAWarning)
+{
+    EXPECT_EQ("       | WARN|Unable to set IMMUTABLE file attribute\n"
+              "       | >>  |refused\n",
+              Log([](folder_t f) { util::TrySetImmutable(f / "a", true); }));
+    EXPECT_EQ("       | WARN|Unable to remove NOCOW file attribute\n"
+              "       | >>  |refused\n",
+              Log([](folder_t f) { util::TrySetNoCow(f / "a", false); }));
+}
+
+TEST(FileUtilsAccess, RefusalOfAFileWhoseSecurityIsWantedIsAWarning)
+{
     cnt::plain_array_t buffer(3);
-    const auto log = boost::make_shared<lines_receiver_t>();
-    logging::GetProcessLog()->set_receiver(log);
-    g_refused = m_a;
-    util::GetFileSecurity(m_a, buffer);
-    util::SetFileSecurity(m_a, buffer);
-    g_refused.clear();
-    logging::GetProcessLog()->set_receiver({});
+    std::string path;
+    const std::string get = Log([&](folder_t f) { util::GetFileSecurity(path = f / "a", buffer); });
+    EXPECT_EQ("       | WARN|Failed to get file security: " + path + "\n       | >>  |refused\n", get);
     EXPECT_TRUE(buffer.empty());
-    EXPECT_EQ("       | WARN|Failed to get file security: " + m_a +
-                  "\n"
-                  "       | >>  |refused\n"
-                  "       | WARN|Failed to set file security: " +
-                  m_a +
-                  "\n"
-                  "       | >>  |refused\n",
-              WithoutHeads(log->text()));
+    const std::string set = Log([&](folder_t f) { util::SetFileSecurity(path = f / "a", buffer); });
+    EXPECT_EQ("       | WARN|Failed to set file security: " + path + "\n       | >>  |refused\n", set);
 }

@@ -1,167 +1,102 @@
-#include <cstdarg>
-#include <functional>
 #include <string>
-#include <vector>
 
-#include <fcntl.h>
 #include <gtest/gtest.h>
-#include <sys/syscall.h>
 #include <unistd.h>
 
-#include "nelvo/context/path_access.h"
-#include "nelvo/core/exc/runtime_exc.h"
 #include "nelvo/core/util/str.h"
 #include "nelvo/posix/posix_file.h"
-#include "tests/support/temp_folder.h"
+#include "tests/support/path_spy.h"
 
+using folder_t = const temp_folder_t&;
 using posix::posix_file_t;
 
 namespace
 {
 
-using events_t = std::vector<std::string>;
+// The path and more behind a zero byte.
+std::string Cut(const std::string& path) { return path + std::string("\0more", 5); }
 
-events_t g_events;
-bool g_refuses = false;
-
-} // namespace
-
-namespace security
+// Each factory, on the path that a name gives.
+template <class PathOf>
+spied_operations_t Factories(const std::string& events, PathOf path)
 {
-
-void CheckPathAccess(const util::str_t& path)
-{
-    g_events.push_back("ask " + path.narrow());
-    if (g_refuses)
-        throw exc::runtime_exc_t("refused");
-}
-
-} // namespace security
-
-extern "C" int open64(const char* path, int flags, ...)
-{
-    va_list arguments;
-    va_start(arguments, flags);
-    const unsigned mode = va_arg(arguments, unsigned);
-    va_end(arguments);
-    g_events.push_back(std::string("open ") + path);
-    return static_cast<int>(::syscall(SYS_open, path, flags, mode));
-}
-
-namespace
-{
-
-class PosixFileAccess : public testing::Test
-{
-protected:
-    PosixFileAccess() { WriteFile(m_path, "text"); }
-
-    ~PosixFileAccess() override { g_refuses = false; }
-
-    // What the call asks and opens. Whether it fails is no matter.
-    static events_t Events(const std::function<void()>& call)
-    {
-        g_events.clear();
-        m_failure.clear();
-        try
-        {
-            call();
-        }
-        catch (const std::exception& e)
-        {
-            m_failure = e.what();
-        }
-        return g_events;
-    }
-
-    temp_folder_t m_folder;
-    const std::string m_path = m_folder / "file";
-    const std::string m_missing = m_folder / "missing";
-    static inline std::string m_failure;
-
-    using factory_t = posix_file_ptr_t (*)(const util::str_t& path);
-    const std::vector<factory_t> m_factories = {
-        [](const util::str_t& path) { return posix_file_t::CreateOrOpen(path); },
-        [](const util::str_t& path) { return posix_file_t::CreateWithPrealloc(path, 0); },
-        [](const util::str_t& path) { return posix_file_t::CreateWithPrealloc(path, 10); },
-        [](const util::str_t& path) { return posix_file_t::OpenRead(path); },
-        [](const util::str_t& path) { return posix_file_t::OpenReadWrite(path); },
-        [](const util::str_t& path) { return posix_file_t::OpenByAccess(path, true); },
-        [](const util::str_t& path) { return posix_file_t::OpenByAccess(path, false); },
-        [](const util::str_t& path) { return posix_file_t::OpenReadWriteSync(path); },
-        [](const util::str_t& path) { return posix_file_t::OpenReadWithoutCache(path); },
-        [](const util::str_t& path) { return posix_file_t::OpenReadWriteWithoutCache(path); },
+    return {
+        {"CreateOrOpen", events, [=](folder_t f) { posix_file_t::CreateOrOpen(path(f)); }},
+        {"CreateWithPrealloc, 0", events, [=](folder_t f) { posix_file_t::CreateWithPrealloc(path(f), 0); }},
+        {"CreateWithPrealloc", events, [=](folder_t f) { posix_file_t::CreateWithPrealloc(path(f), 10); }},
+        {"OpenRead", events, [=](folder_t f) { posix_file_t::OpenRead(path(f)); }},
+        {"OpenReadWrite", events, [=](folder_t f) { posix_file_t::OpenReadWrite(path(f)); }},
+        {"OpenByAccess, read", events, [=](folder_t f) { posix_file_t::OpenByAccess(path(f), true); }},
+        {"OpenByAccess", events, [=](folder_t f) { posix_file_t::OpenByAccess(path(f), false); }},
+        {"OpenReadWriteSync", events, [=](folder_t f) { posix_file_t::OpenReadWriteSync(path(f)); }},
+        {"OpenReadWithoutCache", events, [=](folder_t f) { posix_file_t::OpenReadWithoutCache(path(f)); }},
+        {"OpenReadWriteWithoutCache", events,
+         [=](folder_t f) { posix_file_t::OpenReadWriteWithoutCache(path(f)); }},
     };
-};
+}
 
 } // namespace
 
-TEST_F(PosixFileAccess, EveryFactoryAsksAboutThePathOnceAndThenOpensIt)
+TEST(PosixFileAccess, EveryFactoryAsksAboutThePathOnceAndThenOpensIt)
 {
-    for (const factory_t factory : m_factories)
-        EXPECT_EQ((events_t{"ask " + m_path, "open " + m_path}), Events([&] { factory(m_path); }));
+    ExpectStoppedByEachRefusal(Factories("ask a; touch a; ", [](folder_t f) { return f / "a"; }));
+    ExpectStoppedByEachRefusal(Factories("ask b; touch b; ", [](folder_t f) { return f / "b"; }));
 }
 
-TEST_F(PosixFileAccess, RefusedPathStaysUnopenedAndTheRefusalPassesOn)
+TEST(PosixFileAccess, PathIsAskedAboutAsFarAsTheSystemSeesIt)
 {
-    g_refuses = true;
-    for (const factory_t factory : m_factories)
-    {
-        EXPECT_EQ(events_t{"ask " + m_missing}, Events([&] { factory(m_missing); }));
-        EXPECT_EQ("refused", m_failure);
-    }
-    EXPECT_NE(0, ::access(m_missing.c_str(), F_OK));
+    ExpectStoppedByEachRefusal(Factories("ask a; touch a; ", [](folder_t f) { return Cut(f / "a"); }));
 }
 
-TEST_F(PosixFileAccess, PathIsAskedAboutAsFarAsTheSystemSeesIt)
+TEST(PosixFileAccess, RefusalPassesOnWithoutAContext)
 {
-    const std::string path = m_path + std::string("\0more", 5);
-    for (const factory_t factory : m_factories)
-        EXPECT_EQ((events_t{"ask " + m_path, "open " + m_path}), Events([&] { factory(path); }));
+    for (const spied_operation_t& factory : Factories("", [](folder_t f) { return f / "a"; }))
+        EXPECT_EQ("refused", SpyOnRefused(0, factory.call).failure) << factory.name;
 }
 
-TEST_F(PosixFileAccess, OperationsOfOtherPlatformsDoNotAsk)
+TEST(PosixFileAccess, OperationsOfOtherPlatformsDoNotAsk)
 {
-    const posix_file_ptr_t file = posix_file_t::OpenRead(m_path);
-    EXPECT_EQ(events_t(), Events([&] { posix_file_t::CreateNewWithoutCache(m_path, 1); }));
-    EXPECT_EQ(events_t(), Events([&] { posix_file_t::SparseFileCreate(m_path, 1); }));
-    EXPECT_EQ(events_t(), Events([&] { posix_file_t::SparseFileSetZeroData(file, 0, 1); }));
+    EXPECT_EQ("", SpyOn([](folder_t f) { posix_file_t::CreateNewWithoutCache(f / "a", 1); }).events);
+    EXPECT_EQ("", SpyOn([](folder_t f) { posix_file_t::SparseFileCreate(f / "a", 1); }).events);
+    EXPECT_EQ("", SpyOn([](folder_t) { posix_file_t::SparseFileSetZeroData({}, 0, 1); }).events);
 }
 
-TEST_F(PosixFileAccess, OperationsByPathDoNotAsk)
+TEST(PosixFileAccess, OperationsByPathDoNotAsk)
 {
-    const std::string link = m_folder / "link";
-    ASSERT_EQ(0, ::symlink("file", link.c_str()));
     bool is_link = false;
     uid_t uid = 0;
     gid_t gid = 0;
-    const char* const path = m_path.c_str();
-
-    EXPECT_EQ(events_t(), Events([&] { posix_file_t::GetOwnerUid(path); }));
-    EXPECT_EQ(events_t(), Events([&] { posix_file_t::GetOwnerGid(path); }));
-    EXPECT_EQ(events_t(), Events([&] { posix_file_t::GetPermissions(path); }));
-    EXPECT_EQ(events_t(), Events([&] { posix_file_t::SetPermissions(path, 0600); }));
-    EXPECT_EQ(events_t(), Events([&] { posix_file_t::GetLinkOwner(path, is_link, uid, gid); }));
-    EXPECT_EQ(events_t(), Events([&] { posix_file_t::IsSymlink(path); }));
-    EXPECT_EQ(events_t(), Events([&] { posix_file_t::SetOwner(path, ::geteuid(), ::getegid()); }));
-    EXPECT_EQ(events_t(), Events([&] { posix_file_t::GetFileTimes(path, nullptr, nullptr); }));
-    EXPECT_EQ(events_t(), Events([&] { posix_file_t::SetFileTimes(path, 1, 2); }));
-    EXPECT_EQ(events_t(), Events([&] { posix_file_t::ReadSymlink(link); }));
-    EXPECT_EQ("", m_failure);
+    ExpectNobodyIsAsked({
+        {"GetOwnerUid", "touch a; ", [](folder_t f) { posix_file_t::GetOwnerUid((f / "a").c_str()); }},
+        {"GetOwnerGid", "touch a; ", [](folder_t f) { posix_file_t::GetOwnerGid((f / "a").c_str()); }},
+        {"GetPermissions", "touch a; ", [](folder_t f) { posix_file_t::GetPermissions((f / "a").c_str()); }},
+        {"SetPermissions", "touch a; ",
+         [](folder_t f) { posix_file_t::SetPermissions((f / "a").c_str(), 0600); }},
+        {"GetLinkOwner", "touch a; ",
+         [&](folder_t f) { posix_file_t::GetLinkOwner((f / "a").c_str(), is_link, uid, gid); }},
+        {"IsSymlink", "touch l; ", [](folder_t f) { posix_file_t::IsSymlink((f / "l").c_str()); }},
+        {"SetOwner", "touch a; ",
+         [](folder_t f) { posix_file_t::SetOwner((f / "a").c_str(), ::geteuid(), ::getegid()); }},
+        {"GetFileTimes", "touch a; ",
+         [](folder_t f) { posix_file_t::GetFileTimes(f / "a", nullptr, nullptr); }},
+        {"SetFileTimes", "touch a; ", [](folder_t f) { posix_file_t::SetFileTimes(f / "a", 1, 2); }},
+        {"ReadSymlink", "touch l; ", [](folder_t f) { posix_file_t::ReadSymlink(f / "l"); }},
+    });
 }
 
-TEST_F(PosixFileAccess, OpenFileIsNotAskedAboutAgain)
+TEST(PosixFileAccess, OpenFileIsNotAskedAboutAgain)
 {
-    const posix_file_ptr_t file = posix_file_t::OpenReadWrite(m_path);
-    std::string text;
-    EXPECT_EQ(events_t(), Events(
-                              [&]
-                              {
-                                  file->ReadAllText(text);
-                                  file->WriteText("more");
-                                  file->set_size(file->GetSize());
-                                  file->SeekFromBegin(0);
-                                  file->Close();
-                              }));
-    EXPECT_EQ("", m_failure);
+    const spied_t spied = SpyOn(
+        [](folder_t f)
+        {
+            const posix_file_ptr_t file = posix_file_t::OpenReadWrite(f / "a");
+            std::string text;
+            file->ReadAllText(text);
+            file->WriteText("more");
+            file->set_size(file->GetSize());
+            file->SeekFromBegin(0);
+            file->Close();
+        });
+    EXPECT_EQ("ask a; touch a; ", spied.events);
+    EXPECT_EQ("", spied.failure);
 }
