@@ -33,7 +33,9 @@ public:
 
     // Each logs on "cli" with the target's address in decimal. A target, which must not be null, gets all
     // texts twice if it is added twice; remove_target takes away the first of them, and logs also if there is
-    // none. Kept: CoutMultiplexor.RemovalOfAStrangerIsLogged
+    // none.
+    //
+    // Kept: CoutMultiplexor.RemovalOfAStrangerIsLogged
     void add_target(const boost::shared_ptr<cout_target_t>& target);
     void remove_target(const cout_target_t* target);
 
@@ -44,7 +46,9 @@ public:
     // no target.
     void write_error(const std::string& message);
 
-    // Nothing happens without a target.
+    // Nothing happens without a target. One that fails is logged as a "message message" that cannot be
+    // written.
+    //
     // Kept: CoutMultiplexor.FailedTextIsReportedWithADoubledWord
     void send_text(const std::string& text, std::int32_t kind);
 
