@@ -1,12 +1,13 @@
 #include "nelvo/context/common_lib_ctx.h"
 
+#include <atomic>
 #include <future>
 #include <new>
-#include <thread>
 #include <type_traits>
 
 #include <boost/make_shared.hpp>
 #include <gtest/gtest.h>
+#include <unistd.h>
 
 #include "nelvo/context/path_access.h"
 #include "nelvo/core/exc/runtime_exc.h"
@@ -14,9 +15,11 @@
 #include "nelvo/logging/channels.h"
 #include "nelvo/logging/log.h"
 #include "nelvo/logging/progress_scope.h"
+#include "nelvo/logging/receiver/log_files.h"
 #include "tests/support/failing_memory.h"
 #include "tests/support/lines_receiver.h"
 #include "tests/support/program_output.h"
+#include "tests/support/temp_folder.h"
 #include "tests/support/thrown.h"
 
 namespace
@@ -219,6 +222,29 @@ TEST_F(CommonLibCtx, PrefixesAreSetWhileTheLogAsksAboutItsPath)
     }
     other.get();
     EXPECT_EQ(900U, m_receiver->messages().size());
+}
+
+TEST_F(CommonLibCtx, PrefixesAreSetWhileTheLogIsRotated)
+{
+    const auto context = GetCommonLibCtx();
+    const temp_folder_t folder;
+    logging::GetProcessLog()->set_receiver(logging::receiver::create_file_log({folder / "a.log"}));
+    std::atomic<bool> done{false};
+    const auto set = [&]
+    {
+        while (!done)
+            context->GetDevRegistry().SetPrefixPath("/a", "b");
+    };
+    auto other = std::async(std::launch::async, set);
+    for (int i = 0; i != 3; ++i)
+    {
+        EXPECT_EQ(0, ::truncate((folder / "a.log").c_str(), 16 << 20));
+        EXPECT_NO_THROW(logging::GetProcessLog()->check_size());
+    }
+    done = true;
+    other.get();
+    for (const char* const name : {"a.log", "a.log.gz", "a.1.log.gz", "a.2.log.gz"})
+        EXPECT_EQ(0, ::access((folder / name).c_str(), F_OK)) << name;
 }
 
 TEST_F(CommonLibCtx, PathsAreHeldAgainstThePermissionsOfTheProcess)
