@@ -6,10 +6,8 @@
 
 #include <gtest/gtest.h>
 
-#include "nelvo/core/exc/runtime_exc.h"
-#include "nelvo/core/util/format.h"
+#include "nelvo/core/exc/exc_base.h"
 #include "tests/support/golden.h"
-#include "tests/support/thrown.h"
 
 namespace
 {
@@ -18,24 +16,6 @@ constexpr auto kFrame = field_kind_t::kFrame;
 constexpr auto kBoolean = field_kind_t::kBoolean;
 constexpr auto kValue = field_kind_t::kValue;
 constexpr auto kText = field_kind_t::kText;
-
-// Takes so many bytes and no more.
-class full_dev_t : public io::io_dev_t
-{
-public:
-    explicit full_dev_t(std::uint64_t room) : m_room(room) {}
-
-    std::uint64_t write(const void*, std::uint64_t count) override
-    {
-        const std::uint64_t taken = std::min(count, m_room);
-        m_room -= taken;
-        return taken;
-    }
-    std::uint64_t read(void*, std::uint64_t) override { return 0; }
-
-private:
-    std::uint64_t m_room;
-};
 
 stored_fields_t Within(stored_fields_t fields, const std::string& record)
 {
@@ -55,20 +35,6 @@ std::string Context(const std::map<char, std::string>& lines, const std::string&
     for (const char record : records)
         context += "\n" + lines.at(record);
     return context;
-}
-
-std::string ShortValue(std::size_t received, std::size_t expected)
-{
-    return util::Format(
-        "Failed to retrieve value from the binary stream: received less bytes (%1) than expected (%2).",
-        received, expected);
-}
-
-std::string ShortText(std::size_t received, std::size_t expected)
-{
-    return util::Format(
-        "Failed to retrieve string from the IO device: received less bytes (%1) than expected (%2).",
-        received, expected);
 }
 
 std::string Joined(const std::vector<std::string>& fields)
@@ -105,18 +71,6 @@ bool IsTaken(const stored_fields_t& fields, std::size_t index, std::size_t cut)
     return fields[index].kind == kBoolean ? index + 1 < cut : index < cut;
 }
 
-std::string FailureToRead(const std::string& bytes, const transfer_t& read)
-{
-    record_stream_t stream(bytes);
-    return Thrown<exc::runtime_exc_t>([&] { read(stream); });
-}
-
-std::string FailureToWrite(std::size_t room, const transfer_t& write)
-{
-    full_dev_t device(room);
-    return Thrown<exc::runtime_exc_t>([&] { write(device); });
-}
-
 std::string Bytes(std::uint32_t value)
 {
     std::string bytes(sizeof(value), '\0');
@@ -141,13 +95,6 @@ void ExpectWrongLengthToFail(const std::string& before, const stored_fields_t& f
 }
 
 } // namespace
-
-std::string Written(const transfer_t& write)
-{
-    record_stream_t stream;
-    write(stream);
-    return stream.bytes();
-}
 
 stored_fields_t AclFields()
 {
@@ -227,10 +174,7 @@ void ExpectEachFullDeviceToFail(const std::string& golden, const stored_fields_t
     {
         const std::size_t size = stored[i].size();
         for (std::size_t taken = 0; fields[i].kind != kText && taken < size; ++taken)
-            EXPECT_EQ(util::Format("Failed to write value to the binary stream: written less bytes (%1) than "
-                                   "expected (%2).",
-                                   taken, size) +
-                          WritingContext(fields[i].records),
+            EXPECT_EQ(ShortWrite(taken, size) + WritingContext(fields[i].records),
                       FailureToWrite(before + taken, write))
                 << golden << ", field " << i;
         before += size;

@@ -6,27 +6,7 @@
 #include <string>
 #include <vector>
 
-#include <boost/make_shared.hpp>
-
-#include "nelvo/io/mem_stream.h"
-
-// A stream in memory: the bytes are read, and what is written goes over them.
-class record_stream_t : public io::plain_mem_stream_t
-{
-public:
-    explicit record_stream_t(const std::string& bytes = {})
-        : io::plain_mem_stream_t(boost::make_shared<cnt::plain_array_t>(bytes.data(), bytes.size()))
-    {
-    }
-
-    std::string bytes() const { return {GetArray()->begin(), GetArray()->end()}; }
-};
-
-// Reads from the stream, or writes to it, the record that it stands for.
-using transfer_t = std::function<void(io::io_dev_t& stream)>;
-
-// What it writes.
-std::string Written(const transfer_t& write);
+#include "tests/support/record_stream.h"
 
 // What the bytes of a field are: a flag before an optional value, a length or a magic; a boolean; another
 // value; the bytes of a text, behind their length.
