@@ -18,6 +18,11 @@ namespace
 
 constexpr char kReserved[18] = {};
 
+std::uint32_t SizeOf(const secure_array_ptr_t& array)
+{
+    return array != nullptr ? util::NumericCast<std::uint32_t>(array->size()) : 0;
+}
+
 const char* FirstByte(const secure_array_t& array) { return array.empty() ? nullptr : array.data(); }
 
 secure_array_ptr_t ReadBytes(io::io_dev_t& stream, std::uint32_t size)
@@ -40,10 +45,10 @@ secure_array_t CAesKeyIVBlob::ToBlob() const
 {
     io::secure_mem_stream_t stream;
     io::WriteRaw(stream, kReserved, sizeof(kReserved));
-    io::WriteValue(stream, util::NumericCast<std::uint32_t>(m_key->size()));
-    io::WriteValue(stream, util::NumericCast<std::uint32_t>(m_iv->size()));
-    io::WriteRaw(stream, m_key->data(), m_key->size());
-    io::WriteRaw(stream, m_iv->data(), m_iv->size());
+    io::WriteValue(stream, SizeOf(m_key));
+    io::WriteValue(stream, SizeOf(m_iv));
+    io::WriteRaw(stream, GetKeyBytes(), SizeOf(m_key));
+    io::WriteRaw(stream, GetIvBytes(), SizeOf(m_iv));
     return std::move(*stream.GetArray());
 }
 

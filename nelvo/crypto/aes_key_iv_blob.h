@@ -28,7 +28,8 @@ public:
 
     const secure_array_ptr_t& GetIv() const { return m_iv; }
 
-    // The stored form. Both arrays must be there. A size of 4 GiB or more throws exc::runtime_exc_t.
+    // The stored form. Without an array for the vector, its size is 0. A size of 4 GiB or more throws
+    // exc::runtime_exc_t.
     secure_array_t ToBlob() const;
 
     // Reads a stored form (not null) into new arrays. A form that is cut off is read all the same: what is

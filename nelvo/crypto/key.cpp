@@ -1,7 +1,6 @@
 #include "nelvo/crypto/key.h"
 
 #include <exception>
-#include <utility>
 
 #include <boost/make_shared.hpp>
 
@@ -14,11 +13,9 @@ namespace crypto
 {
 
 CKey::CKey(std::uint32_t type, const secure_array_t& bytes)
-    : CKey(type, boost::make_shared<secure_array_t>(bytes))
+    : m_type(type), m_data(boost::make_shared<secure_array_t>(bytes))
 {
 }
-
-CKey::CKey(std::uint32_t type, secure_array_ptr_t bytes) : m_type(type), m_data(std::move(bytes)) {}
 
 CKey::~CKey() { Wipe(); }
 
@@ -51,8 +48,9 @@ try
 {
     const auto type = io::ReadValue<std::uint32_t>(stream);
     const auto size = io::ReadValue<std::uint32_t>(stream);
-    const auto bytes = boost::make_shared<secure_array_t>(io::ReadRawArray<secure_array_t>(stream, size));
-    return boost::shared_ptr<CKey>(new CKey(type, bytes));
+    auto key = boost::make_shared<CKey>(type, secure_array_t());
+    *key->m_data = io::ReadRawArray<secure_array_t>(stream, size);
+    return key;
 }
 catch (std::exception& e)
 {

@@ -44,11 +44,13 @@ public:
     // Kept: Key.WipeLeavesTheTypeOfAnEmptyKey
     void Wipe();
 
-    // True, for every key.
+    // True, for every key, public ones too.
+    // Kept: Key.EveryKeyIsSensitive
     bool IsSensitive() const { return true; }
 
-    // A short write of type or size fails as told in io/binary_value.h, one of the bytes goes unnoticed. A
-    // key of 4 GiB or more throws exc::runtime_exc_t. Kept: Key.ShortWriteOfTheBytesIsNotNoticed
+    // A short write of type or size fails as told in io/binary_value.h; one of the bytes goes unnoticed. A
+    // key of 4 GiB or more throws exc::runtime_exc_t.
+    // Kept: Key.ShortWriteOfTheBytesIsNotNoticed
     void Serialize(io::io_dev_t& stream) const;
 
     // Fails if type or size are cut off, with the marked context line "Failed to de-serialize encryption key
@@ -61,8 +63,6 @@ public:
     boost::shared_ptr<CAesKeyIVBlob> ToAesKeyIVBlob() const;
 
 private:
-    CKey(std::uint32_t type, secure_array_ptr_t bytes);
-
     std::uint32_t m_type;
     secure_array_ptr_t m_data;
 };

@@ -176,6 +176,12 @@ bool CKeySet::HasRepairRecords() const
     return !m_repairRecords.empty();
 }
 
+std::size_t CKeySet::GetKeyCount() const
+{
+    const lock_t lock(m_mutex);
+    return m_keys.size();
+}
+
 void CKeySet::WipeKeys()
 {
     const lock_t lock(m_mutex);
@@ -203,7 +209,7 @@ bool CKeySet::IsEqual(const ptr_t& other) const
         return false;
     const lock_t lock(m_mutex);
     return m_algorithm == other->GetAlgorithm() && m_role == other->GetRole() &&
-           m_hint.size() == other->GetHint().size() && m_keys.size() == other->GetKeys().size() &&
+           m_hint.size() == other->GetHint().size() && m_keys.size() == other->GetKeyCount() &&
            std::all_of(m_keys.begin(), m_keys.end(),
                        [&other](const auto& key) { return key->Equals(other->FindKey(key->GetType())); });
 }
@@ -253,7 +259,7 @@ void CKeySet::Serialize(io::io_dev_t& stream) const
     io::WriteValue(stream, m_creationTime.high);
     WriteEach(stream, m_keys);
     WriteEach(stream, m_repairRecords);
-    m_id->Serialize(stream);
+    CKeySetId::ValueOf(m_id).Serialize(stream);
 }
 
 CKeySet::ptr_t CKeySet::DeSerialize(io::io_dev_t& stream)

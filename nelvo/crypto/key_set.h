@@ -8,6 +8,7 @@
 // role, number of keys, number of repair records, low and high half of the creation time; then the keys, the
 // repair records, and the id.
 
+#include <cstddef>
 #include <cstdint>
 #include <string>
 #include <vector>
@@ -55,8 +56,8 @@ public:
 
     // In UTC, as the fields of struct tm stand (gmtime(3)): the month counts from 0 and the year from 1900.
     // Noon on 2 March 2020 is "2/2/120 12:00:00". A time that gmtime cannot break down is a
-    // posix::errno_exc_t with "Failed to convert time to readable format". Kept:
-    // KeySet.CreationTimeTextCountsMonthsFrom0AndYearsFrom1900
+    // posix::errno_exc_t with "Failed to convert time to readable format".
+    // Kept: KeySet.CreationTimeTextCountsMonthsFrom0AndYearsFrom1900
     std::string GetCreationTimeText() const;
 
     // Copies of the lists, which share the elements. None may be null.
@@ -83,10 +84,13 @@ public:
     std::string ToString() const;
 
     // Whether the other set has the same algorithm, role, length of the hint and number of keys, and whether
-    // each key here equals the other's first key of its type. Locks this set, and then the other: two threads
-    // that compare two sets in opposite directions can wait for each other for ever.
+    // each key here equals the other's first key of its type; of two different keys of one type one never
+    // does.
     // Kept: KeySet.EqualityLooksAtTheLengthOfTheHintAlone
     // Kept: KeySet.EqualityComparesWithTheFirstKeyOfEachType
+    // Locks this set, and the other under it: two threads that compare two sets in opposite directions can
+    // wait for each other for ever.
+    // Kept: KeySet.EqualityTakesTheOthersLockUnderItsOwn
     bool IsEqual(const ptr_t& other) const;
 
     // A new set with the same id. Clone shares keys and records; CloneDeep has copies of the keys, and no
@@ -96,9 +100,10 @@ public:
     ptr_t CloneDeep() const;
 
     // Without the keys that are sensitive, and so without any; shares the records.
+    // Kept: KeySet.CloneWithoutSensitiveKeysHasNoKeys
     ptr_t CloneWithoutSensitiveKeys() const;
 
-    // The id must not be null. Adds no context to failures.
+    // An id that is null is written as the empty id. Adds no context to failures.
     void Serialize(io::io_dev_t& stream) const;
 
     // Another version is exc::runtime_exc_t with "Unknown keyset version: '<version>'." Adds no context to
@@ -106,6 +111,7 @@ public:
     static ptr_t DeSerialize(io::io_dev_t& stream);
 
 private:
+    std::size_t GetKeyCount() const;
     ptr_t CloneWith(keys_t keys, repair_records_t records) const;
 
     mutable boost::recursive_mutex m_mutex; // guards all that follows

@@ -52,8 +52,8 @@ public:
     boost::shared_ptr<blob_t> ToBlob() const;
 
     // An array of exactly 16 bytes. Any other size is exc::runtime_exc_t; the texts of the two forms differ
-    // in one blank. An empty pointer gives an empty pointer. Kept:
-    // KeySetId.BlobOfAnotherSizeIsRefusedInTwoTexts
+    // in one blank. An empty pointer gives an empty pointer.
+    // Kept: KeySetId.BlobOfAnotherSizeIsRefusedInTwoTexts
     static ptr_t FromBlob(const boost::shared_ptr<blob_t>& blob);
     static ptr_t FromBlob(const blob_t& blob);
 
@@ -64,8 +64,8 @@ public:
     void Serialize(io::io_dev_t& stream) const;
 
     // A size that is not 16 is exc::runtime_exc_t, with the marked context line "Failed to deserialize
-    // keyset."; of a size that is cut off the missing bytes are 0, and so are missing bytes of the id. Kept:
-    // KeySetId.MissingBytesAreReadAsZeros
+    // keyset."; of a size that is cut off the missing bytes are 0, and so are missing bytes of the id.
+    // Kept: KeySetId.MissingBytesAreReadAsZeros
     static ptr_t DeSerialize(io::io_dev_t& stream);
 
     const SRawKeySetId& GetRaw() const { return m_id; }

@@ -43,7 +43,8 @@ public:
     void Serialize(io::io_dev_t& stream) const;
 
     // An unknown type is taken for enCrypt. A failure leaves the policy as it was, and gets the marked
-    // context line "Failed to deserialize crypto policy." Kept: ProcessingPolicy.UnknownTypeIsReadAsEnCrypt
+    // context line "Failed to deserialize crypto policy."
+    // Kept: ProcessingPolicy.UnknownTypeIsReadAsEnCrypt
     void DeSerialize(io::io_dev_t& stream);
 
 private:

@@ -22,15 +22,18 @@ public:
     const CKeySetId::ptr_t& GetMasterKeySetId() const { return m_masterKeySetId; }
     const secure_array_ptr_t& GetData() const { return m_data; }
 
-    // Short writes of the sizes fail, those of id and data go unnoticed. Failures get the marked context line
-    // "Failed to serialize keyset repair record from memory stream."
+    // Short writes of the sizes fail, those of id and data go unnoticed.
     // Kept: RepairRecord.ShortWriteOfIdAndDataIsNotNoticed
+    // Failures get the marked context line "Failed to serialize keyset repair record from memory stream.",
+    // which says from.
+    // Kept: RepairRecord.FailureToWriteSaysFromMemoryStream
     void Serialize(io::io_dev_t& stream) const;
 
     // A size of the id that is not 16 is exc::runtime_exc_t with "The size of the serialized keyset id is
     // unexpected (<size>)." Missing bytes of the id and the data are 0. The data's size is not limited
     // (std::bad_alloc). Failures get the marked context line "Failed to de-serialize keyset repair record
-    // from memory stream." Kept: RepairRecord.MissingBytesAreReadAsZeros
+    // from memory stream."
+    // Kept: RepairRecord.MissingBytesAreReadAsZeros
     static boost::shared_ptr<CRestoreKeyRepairRec> DeSerialize(io::io_dev_t& stream);
 
 private:

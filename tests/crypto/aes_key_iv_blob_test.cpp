@@ -1,0 +1,158 @@
+#include "nelvo/crypto/aes_key_iv_blob.h"
+
+#include <type_traits>
+
+#include <boost/make_shared.hpp>
+#include <gtest/gtest.h>
+
+#include "nelvo/core/exc/runtime_exc.h"
+#include "tests/crypto/stored_parts.h"
+#include "tests/support/block_limit.h"
+#include "tests/support/golden.h"
+#include "tests/support/thrown.h"
+
+using crypto::CAesKeyIVBlob;
+
+namespace
+{
+
+std::string Stored(const CAesKeyIVBlob& blob) { return Text(blob.ToBlob()); }
+
+boost::shared_ptr<CAesKeyIVBlob> Read(const std::string& bytes)
+{
+    return CAesKeyIVBlob::FromBlob(SharedSecure(bytes));
+}
+
+// The stored form of what is read.
+std::string Reread(const std::string& bytes) { return Hex(Stored(*Read(bytes))); }
+
+void CopyOne(io::io_dev_t& from, io::io_dev_t& to)
+{
+    std::string bytes(100, '\0');
+    bytes.resize(from.read(bytes.data(), bytes.size()));
+    const crypto::secure_array_t stored = Read(bytes)->ToBlob();
+    to.write(stored.data(), stored.size());
+}
+
+const char kEmptyForm[] = "00 00 00 00 00 00 00 00 00 00 00 00 00 00 00 00 00 00 00 00 00 00 00 00 00 00";
+
+} // namespace
+
+TEST(AesKeyIVBlob, HasNoVirtualOperations) { EXPECT_FALSE(std::is_polymorphic_v<CAesKeyIVBlob>); }
+
+TEST(AesKeyIVBlob, SharesBothArrays)
+{
+    const auto key = SharedSecure("key");
+    const auto iv = SharedSecure("iv");
+    const CAesKeyIVBlob blob(key, iv);
+    EXPECT_EQ(key->data(), blob.GetKeyBytes());
+    EXPECT_EQ(iv->data(), blob.GetIvBytes());
+    EXPECT_EQ(iv, blob.GetIv());
+}
+
+TEST(AesKeyIVBlob, EmptyArraysHaveNoFirstByte)
+{
+    const auto emptied = SharedSecure("key");
+    emptied->resize(0);
+    const CAesKeyIVBlob blob(emptied, emptied);
+    EXPECT_EQ(nullptr, blob.GetKeyBytes());
+    EXPECT_EQ(nullptr, blob.GetIvBytes());
+}
+
+TEST(AesKeyIVBlob, VectorNeedNotBeThere)
+{
+    const CAesKeyIVBlob blob(SharedSecure("\x01"), nullptr);
+    EXPECT_EQ(nullptr, blob.GetIvBytes());
+    EXPECT_EQ(nullptr, blob.GetIv());
+    EXPECT_EQ("00 00 00 00 00 00 00 00 00 00 00 00 00 00 00 00 00 00 01 00 00 00 00 00 00 00 01",
+              Hex(Stored(blob)));
+}
+
+TEST(AesKeyIVBlob, StoredFormHasAHeadOf26Bytes)
+{
+    const CAesKeyIVBlob blob(SharedSecure(Unhex("1122334455667788")), SharedSecure(Unhex("a1a2a3a4")));
+    EXPECT_EQ(Hex(Golden("aes_key_iv_blob")), Hex(Stored(blob)));
+    EXPECT_EQ(26u + 8 + 4, Golden("aes_key_iv_blob").size());
+}
+
+TEST(AesKeyIVBlob, StoredFormOfNothingIsTheHead)
+{
+    EXPECT_EQ(kEmptyForm, Hex(Stored({SharedSecure(""), SharedSecure("")})));
+}
+
+TEST(AesKeyIVBlob, IsReadAsItWasWritten)
+{
+    const auto blob = Read(Golden("aes_key_iv_blob"));
+    EXPECT_EQ("11 22 33 44 55 66 77 88", Hex(std::string(blob->GetKeyBytes(), 8)));
+    EXPECT_EQ("a1 a2 a3 a4", Hex(Text(*blob->GetIv())));
+    EXPECT_EQ(Hex(Golden("aes_key_iv_blob")), Hex(Stored(*blob)));
+}
+
+TEST(AesKeyIVBlob, ReadingCopiesTheBytesAndLeavesTheForm)
+{
+    const auto form = SharedSecure(Golden("aes_key_iv_blob"));
+    const auto blob = CAesKeyIVBlob::FromBlob(form);
+    EXPECT_EQ(Golden("aes_key_iv_blob"), Text(*form));
+    form->assign(std::string(38, 'x').data(), 38);
+    EXPECT_EQ("11 22 33 44 55 66 77 88", Hex(std::string(blob->GetKeyBytes(), 8)));
+}
+
+TEST(AesKeyIVBlob, ReservedBytesAreNotLookedAt)
+{
+    EXPECT_EQ(Hex(Golden("aes_key_iv_blob")),
+              Reread(std::string(18, '\xff') + Golden("aes_key_iv_blob").substr(18)));
+}
+
+TEST(AesKeyIVBlob, WhatStandsBehindTheFormIsNotRead)
+{
+    EXPECT_EQ(Hex(Golden("aes_key_iv_blob")), Reread(Golden("aes_key_iv_blob") + "more"));
+}
+
+TEST(AesKeyIVBlob, CutOffFormIsReadWithZeros)
+{
+    const std::string form = Golden("aes_key_iv_blob");
+    for (const std::string& cut : Prefixes(form))
+    {
+        // One byte of a size is enough here, as the others are zero. What is not said has no bytes.
+        std::string expected = cut + std::string(form.size() - cut.size(), '\0');
+        if (cut.size() <= 18)
+            expected.resize(26);
+        else if (cut.size() <= 22)
+            expected.resize(34);
+        EXPECT_EQ(Hex(expected), Reread(cut)) << cut.size();
+    }
+    EXPECT_EQ(kEmptyForm, Reread(""));
+}
+
+TEST(AesKeyIVBlob, SizeMayBeCutOffTooAndIsWhatCame)
+{
+    EXPECT_EQ(26u + 0x0201, Read(std::string(18, '\0') + "\x01\x02")->ToBlob().size());
+}
+
+TEST(AesKeyIVBlob, SizesAreNotLimitedButByTheMemory)
+{
+    LimitBlocks(16U << 20U);
+    for (const unsigned part : {3U, 4U})
+        for (const std::uint32_t size : {0x7FFFFFFFu, 0x80000000u, 0xFFFFFFFFu})
+            EXPECT_EQ(
+                "std::bad_alloc\n--tr:Failed to deserialize AES key/IV blob, specified data size: '38'.",
+                Thrown<exc::runtime_exc_t>([&] { Read(WithNumber("aes_key_iv_blob", part, size)); }));
+    LimitBlocks(SIZE_MAX);
+}
+
+TEST(AesKeyIVBlob, SmallerSizesMoveWhatFollows)
+{
+    const auto none = Read(WithNumber("aes_key_iv_blob", 3, 0));
+    EXPECT_EQ(nullptr, none->GetKeyBytes());
+    EXPECT_EQ("11 22 33 44", Hex(Text(*none->GetIv())));
+    const auto one = Read(WithNumber("aes_key_iv_blob", 3, 1));
+    EXPECT_EQ("11", Hex(std::string(one->GetKeyBytes(), 1)));
+    EXPECT_EQ("22 33 44 55", Hex(Text(*one->GetIv())));
+    EXPECT_TRUE(Read(WithNumber("aes_key_iv_blob", 4, 0))->GetIv()->empty());
+    EXPECT_EQ("a1", Hex(Text(*Read(WithNumber("aes_key_iv_blob", 4, 1))->GetIv())));
+}
+
+TEST(AesKeyIVBlob, BrokenFormIsReadOrRefused)
+{
+    ExpectEachBitFlipToBeReadOrRefused("aes_key_iv_blob", CopyOne);
+}

@@ -1,0 +1,255 @@
+#include "nelvo/crypto/key.h"
+
+#include <type_traits>
+
+#include <boost/make_shared.hpp>
+#include <gtest/gtest.h>
+
+#include "nelvo/core/exc/runtime_exc.h"
+#include "tests/crypto/stored_parts.h"
+#include "tests/support/block_limit.h"
+#include "tests/support/golden.h"
+#include "tests/support/stub_dev.h"
+#include "tests/support/thrown.h"
+
+using crypto::CKey;
+using key_ptr_t = boost::shared_ptr<CKey>;
+
+namespace
+{
+
+const char kReadingContext[] = "\n--tr:Failed to de-serialize encryption key from memory stream.";
+const char kCastContext[] = "\n--tr:Failed to cast key blob to AES key.";
+
+key_ptr_t Key(std::uint32_t type, const std::string& bytes)
+{
+    return boost::make_shared<CKey>(type, Secure(bytes));
+}
+
+key_ptr_t Read(const std::string& bytes)
+{
+    record_stream_t stream(bytes);
+    return CKey::DeSerialize(stream);
+}
+
+std::string Stored(const CKey& key)
+{
+    return Hex(Written([&](io::io_dev_t& stream) { key.Serialize(stream); }));
+}
+
+std::string FailureToCast(const CKey& key)
+{
+    return Thrown<exc::runtime_exc_t>([&] { key.ToAesKeyIVBlob(); });
+}
+
+} // namespace
+
+TEST(Key, HasNoVirtualOperations) { EXPECT_FALSE(std::is_polymorphic_v<CKey>); }
+
+TEST(Key, HasATypeAndItsOwnBytes)
+{
+    crypto::secure_array_t bytes = Secure("key");
+    const CKey key(7, bytes);
+    bytes[0] = 'x';
+    EXPECT_EQ(7u, key.GetType());
+    EXPECT_EQ("key", Text(key.GetData()));
+}
+
+TEST(Key, GivesItsOwnBytesOut)
+{
+    CKey key(0, Secure("key"));
+    key.GetData()[0] = 'K';
+    EXPECT_EQ("Key", Text(key.GetData()));
+    EXPECT_EQ(&key.GetData(), &static_cast<const CKey&>(key).GetData());
+}
+
+TEST(Key, CopiesOfItsBytesAreNotItsOwn)
+{
+    const key_ptr_t key = Key(0, "key");
+    const auto copy = key->CopyData();
+    EXPECT_EQ("key", Text(*copy));
+    (*copy)[0] = 'x';
+    EXPECT_EQ("key", Text(key->GetData()));
+}
+
+TEST(Key, CloneHasTheTypeAndBytesOfItsOwn)
+{
+    const key_ptr_t key = Key(2, "key");
+    const key_ptr_t clone = key->Clone();
+    EXPECT_TRUE(clone->Equals(key));
+    clone->Wipe();
+    EXPECT_EQ(2u, key->GetType());
+    EXPECT_EQ("key", Text(key->GetData()));
+}
+
+TEST(Key, EqualsOneOfTheSameTypeAndBytes)
+{
+    EXPECT_TRUE(Key(1, "key")->Equals(Key(1, "key")));
+    EXPECT_TRUE(Key(1, "")->Equals(Key(1, "")));
+    EXPECT_FALSE(Key(1, "")->Equals(Key(2, "")));
+}
+
+TEST(Key, EqualsNoneThatDiffersOrIsNotThere)
+{
+    const key_ptr_t key = Key(1, "key");
+    EXPECT_FALSE(key->Equals(nullptr));
+    EXPECT_FALSE(key->Equals(Key(2, "key")));
+    EXPECT_FALSE(key->Equals(Key(1, "keys")));
+    EXPECT_FALSE(key->Equals(Key(1, "ke")));
+    EXPECT_FALSE(key->Equals(Key(1, "kez")));
+    EXPECT_FALSE(key->Equals(Key(1, "Key")));
+    EXPECT_FALSE(key->Equals(Key(1, "")));
+}
+
+TEST(Key, WipedOneHasNoBytesAndAnUnknownType)
+{
+    const key_ptr_t key = Key(0, "key");
+    const char* const bytes = key->GetData().data();
+    key->Wipe();
+    EXPECT_EQ(101u, key->GetType());
+    EXPECT_TRUE(key->GetData().empty());
+    EXPECT_EQ(std::string(3, '\0'), std::string(bytes, 3)); // which the array keeps
+}
+
+TEST(Key, WipeLeavesTheTypeOfAnEmptyKey)
+{
+    const key_ptr_t key = Key(0, "");
+    key->Wipe();
+    EXPECT_EQ(0u, key->GetType());
+}
+
+TEST(Key, WipeCanBeRepeated)
+{
+    const key_ptr_t key = Key(0, "key");
+    key->Wipe();
+    key->Wipe();
+    EXPECT_EQ(101u, key->GetType());
+}
+
+TEST(Key, EveryKeyIsSensitive)
+{
+    for (const std::uint32_t type : {0u, 1u, 2u, 101u, 7u, 0xFFFFFFFFu})
+        EXPECT_TRUE(Key(type, "key")->IsSensitive()) << type;
+    EXPECT_TRUE(Key(1, "")->IsSensitive());
+}
+
+TEST(Key, StoredFormIsTypeSizeAndBytes)
+{
+    EXPECT_EQ(Hex(Golden("crypto_key")), Stored(*Key(1, Unhex("1122334455667788"))));
+}
+
+TEST(Key, IsReadAsItWasWritten)
+{
+    const key_ptr_t key = Read(Golden("crypto_key"));
+    EXPECT_EQ(1u, key->GetType());
+    EXPECT_EQ("11 22 33 44 55 66 77 88", Hex(Text(key->GetData())));
+    ExpectCopyToBeTheSame("crypto_key", Copy<CKey>());
+}
+
+TEST(Key, EmptyOneIsEightBytes)
+{
+    EXPECT_EQ("02 00 00 00 00 00 00 00", Stored(*Key(2, "")));
+    const key_ptr_t key = Read(Unhex("02 00 00 00 00 00 00 00"));
+    EXPECT_EQ(2u, key->GetType());
+    EXPECT_TRUE(key->GetData().empty());
+}
+
+TEST(Key, AnyTypeIsReadAsItStands)
+{
+    for (const std::uint32_t type : {3u, 101u, 0x7FFFFFFFu, 0x80000000u, 0xFFFFFFFFu})
+        EXPECT_EQ(type, Read(WithNumber("crypto_key", 0, type))->GetType());
+}
+
+TEST(Key, MissingBytesAreReadAsZeros)
+{
+    ExpectEachCut("crypto_key", KeyParts(), Copy<CKey>());
+    const key_ptr_t key = Read(Unhex("01 00 00 00 05 00 00 00 aa bb"));
+    EXPECT_EQ("aa bb 00 00 00", Hex(Text(key->GetData())));
+}
+
+TEST(Key, CountOfTheBytesThatADeviceReportsIsNotLookedAt)
+{
+    stub_dev_t device(Golden("crypto_key"));
+    device.Answer(std::uint64_t(-1), 2);
+    EXPECT_EQ(std::string(8, '\0'), Text(CKey::DeSerialize(device)->GetData()));
+}
+
+TEST(Key, FailureToReadItsHeadHasAContext)
+{
+    EXPECT_EQ(ShortValue(0, 4) + kReadingContext, FailureToRead("", CKey::DeSerialize));
+    EXPECT_EQ(ShortValue(3, 4) + kReadingContext,
+              FailureToRead(Unhex("01 00 00 00 08 00 00"), CKey::DeSerialize));
+}
+
+TEST(Key, FailureOfTheDeviceHasTheContextToo)
+{
+    stub_dev_t device(Golden("crypto_key"));
+    device.Fail("no disk", 2);
+    EXPECT_EQ(std::string("no disk") + kReadingContext,
+              Thrown<exc::runtime_exc_t>([&] { CKey::DeSerialize(device); }));
+}
+
+TEST(Key, SizeIsNotLimitedButByTheMemory)
+{
+    EXPECT_EQ(std::size_t{16} << 20U, Read(WithNumber("crypto_key", 1, 16U << 20U))->GetData().size());
+    EXPECT_EQ("", Text(Read(WithNumber("crypto_key", 1, 0))->GetData()));
+    EXPECT_EQ("\x11", Text(Read(WithNumber("crypto_key", 1, 1))->GetData()));
+    LimitBlocks(16U << 20U);
+    for (const std::uint32_t size : {(16U << 20U) + 1, 0x7FFFFFFFu, 0x80000000u, 0xFFFFFFFFu})
+        EXPECT_EQ(std::string("std::bad_alloc") + kReadingContext,
+                  FailureToRead(WithNumber("crypto_key", 1, size), CKey::DeSerialize));
+    LimitBlocks(SIZE_MAX);
+}
+
+TEST(Key, ShortWriteOfTheBytesIsNotNoticed)
+{
+    const key_ptr_t key = Read(Golden("crypto_key"));
+    ExpectEachShortWrite("crypto_key", KeyParts(), [&](io::io_dev_t& stream) { key->Serialize(stream); });
+    full_dev_t device(8);
+    EXPECT_NO_THROW(key->Serialize(device));
+}
+
+TEST(Key, FailureToWriteHasNoContext)
+{
+    const key_ptr_t key = Key(0, "key");
+    const auto write = [&](io::io_dev_t& stream) { key->Serialize(stream); };
+    EXPECT_EQ(ShortWrite(3, 4), FailureToWrite(3, write));
+    EXPECT_EQ(ShortWrite(0, 4), FailureToWrite(4, write));
+    stub_dev_t device;
+    device.Fail("no disk");
+    EXPECT_EQ("no disk", Thrown<std::runtime_error>([&] { key->Serialize(device); }));
+}
+
+TEST(Key, BrokenFormIsReadOrRefused) { ExpectEachBitFlipToBeReadOrRefused("crypto_key", Copy<CKey>()); }
+
+TEST(Key, AesKeyHoldsABlob)
+{
+    const key_ptr_t key = Key(2, Golden("aes_key_iv_blob"));
+    const auto blob = key->ToAesKeyIVBlob();
+    key->Wipe(); // shared with nobody
+    EXPECT_EQ("11 22 33 44 55 66 77 88", Hex(std::string(blob->GetKeyBytes(), 8)));
+    EXPECT_EQ("a1 a2 a3 a4", Hex(Text(*blob->GetIv())));
+}
+
+TEST(Key, OfAnotherTypeIsNoAesKey)
+{
+    const std::string blob = Golden("aes_key_iv_blob");
+    EXPECT_EQ(std::string("Unexpected key type: 'enPrivateKey'.") + kCastContext,
+              FailureToCast(*Key(0, blob)));
+    EXPECT_EQ(std::string("Unexpected key type: 'enPublicKey'.") + kCastContext,
+              FailureToCast(*Key(1, blob)));
+    EXPECT_EQ(std::string("Unexpected key type: 'enUnknownKey'.") + kCastContext,
+              FailureToCast(*Key(101, blob)));
+    EXPECT_EQ(std::string("Unexpected key type: '-1'.") + kCastContext,
+              FailureToCast(*Key(0xFFFFFFFF, blob)));
+}
+
+TEST(Key, BlobThatCannotBeReadHasBothContexts)
+{
+    const key_ptr_t key = Key(2, WithNumber("aes_key_iv_blob", 3, 0xFFFFFFFF));
+    LimitBlocks(16U << 20U);
+    EXPECT_EQ("std::bad_alloc\n--tr:Failed to deserialize AES key/IV blob, specified data size: '38'."
+              "\n--tr:Failed to cast key blob to AES key.",
+              FailureToCast(*key));
+    LimitBlocks(SIZE_MAX);
+}

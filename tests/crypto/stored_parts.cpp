@@ -1,0 +1,211 @@
+#include "tests/crypto/stored_parts.h"
+
+#include <cstring>
+
+#include <gtest/gtest.h>
+
+#include "nelvo/core/exc/exc_base.h"
+#include "tests/support/block_limit.h"
+#include "tests/support/golden.h"
+
+namespace
+{
+
+constexpr auto kValue = part_kind_t::kValue;
+constexpr auto kText = part_kind_t::kText;
+constexpr auto kZeros = part_kind_t::kZeros;
+constexpr auto kSizeOfId = part_kind_t::kSizeOfId;
+
+constexpr std::size_t kMostBlock = std::size_t{16} << 20U;
+
+// What reading says if the record ends behind so many bytes of that part.
+std::string CutOutcome(const std::vector<std::string>& stored, const stored_parts_t& parts, std::size_t part,
+                       std::size_t received)
+{
+    if (part == parts.size())
+        return {};
+    const std::size_t size = stored[part].size();
+    switch (parts[part].kind)
+    {
+    case kValue: return "fails: " + ShortValue(received, size) + parts[part].reading;
+    case kText: return "fails: " + ShortText(received, size) + parts[part].reading;
+    case kZeros: return CutOutcome(stored, parts, part + 1, 0);
+    case kSizeOfId:
+        if (received != 0)
+            return CutOutcome(stored, parts, part + 1, 0);
+        return "fails: Serialized size of the SRawKeySetId is unexpected (0). Expected size: '16'." +
+               parts[part].reading;
+    }
+    return "not a kind";
+}
+
+// The same for writing to a device without room for more.
+std::string FullOutcome(const std::vector<std::string>& stored, const stored_parts_t& parts, std::size_t part,
+                        std::size_t taken)
+{
+    if (part == parts.size())
+        return "written";
+    if (parts[part].kind == kValue)
+        return ShortWrite(taken, stored[part].size()) + parts[part].writing;
+    return FullOutcome(stored, parts, part + 1, 0);
+}
+
+std::string WriteOutcome(std::size_t room, const transfer_t& write)
+{
+    try
+    {
+        full_dev_t device(room);
+        write(device);
+        return "written";
+    }
+    catch (const std::exception& e)
+    {
+        return e.what();
+    }
+}
+
+// With zeros behind the cut, and the size of an id as it is always written.
+std::string Padded(const std::vector<std::string>& stored, const stored_parts_t& parts,
+                   const std::string& cut)
+{
+    std::string whole;
+    for (std::size_t i = 0; i != parts.size(); ++i)
+    {
+        const std::size_t begin = whole.size();
+        whole += stored[i];
+        for (std::size_t at = begin; at != whole.size() && parts[i].kind == kZeros; ++at)
+            if (at >= cut.size())
+                whole[at] = '\0';
+    }
+    return whole;
+}
+
+} // namespace
+
+stored_part_t PlainPart() { return {kValue, "", ""}; }
+
+stored_parts_t KeyParts()
+{
+    const std::string reading = "\n--tr:Failed to de-serialize encryption key from memory stream.";
+    return {{kValue, reading, ""}, {kValue, reading, ""}, {kZeros, "", ""}};
+}
+
+stored_parts_t KeySetIdParts()
+{
+    return {{kSizeOfId, "\n--tr:Failed to deserialize keyset.", ""}, {kZeros, "", ""}};
+}
+
+stored_parts_t RepairRecordParts()
+{
+    const std::string reading = "\n--tr:Failed to de-serialize keyset repair record from memory stream.";
+    const std::string writing = "\n--tr:Failed to serialize keyset repair record from memory stream.";
+    return {{kValue, reading, writing}, {kZeros, "", ""}, {kValue, reading, writing}, {kZeros, "", ""}};
+}
+
+stored_parts_t Joined(const std::vector<stored_parts_t>& parts)
+{
+    stored_parts_t joined;
+    for (const stored_parts_t& more : parts)
+        joined.insert(joined.end(), more.begin(), more.end());
+    return joined;
+}
+
+std::string Outcome(const std::string& bytes, const copy_t& copy)
+{
+    record_stream_t from(bytes);
+    record_stream_t to;
+    try
+    {
+        copy(from, to);
+        return Hex(to.bytes());
+    }
+    catch (const std::exception& e)
+    {
+        return std::string("fails: ") + e.what();
+    }
+}
+
+void ExpectCopyToBeTheSame(const std::string& golden, const copy_t& copy)
+{
+    record_stream_t from(Golden(golden));
+    record_stream_t to;
+    copy(from, to);
+    EXPECT_EQ(0u, from.GetRemaining());
+    EXPECT_EQ(Hex(Golden(golden)), Hex(to.bytes()));
+}
+
+void ExpectEachCut(const std::string& golden, const stored_parts_t& parts, const copy_t& copy)
+{
+    const std::vector<std::string> stored = GoldenFields(golden);
+    ASSERT_EQ(stored.size(), parts.size());
+    std::string before;
+    for (std::size_t i = 0; i != parts.size(); ++i)
+    {
+        for (const std::string& prefix : Prefixes(stored[i]))
+        {
+            const std::string failure = CutOutcome(stored, parts, i, prefix.size());
+            EXPECT_EQ(failure.empty() ? Hex(Padded(stored, parts, before + prefix)) : failure,
+                      Outcome(before + prefix, copy))
+                << golden << ", part " << i << ", " << prefix.size() << " bytes of it";
+        }
+        before += stored[i];
+    }
+}
+
+void ExpectEachShortWrite(const std::string& golden, const stored_parts_t& parts, const transfer_t& write)
+{
+    const std::vector<std::string> stored = GoldenFields(golden);
+    ASSERT_EQ(stored.size(), parts.size());
+    std::size_t before = 0;
+    for (std::size_t i = 0; i != parts.size(); ++i)
+    {
+        for (std::size_t taken = 0; taken != stored[i].size(); ++taken)
+            EXPECT_EQ(FullOutcome(stored, parts, i, taken), WriteOutcome(before + taken, write))
+                << golden << ", part " << i << ", " << taken << " bytes of it";
+        before += stored[i].size();
+    }
+}
+
+void ExpectEachBitFlipToBeReadOrRefused(const std::string& golden, const copy_t& copy)
+{
+    LimitBlocks(kMostBlock);
+    for (const std::string& flip : BitFlips(Golden(golden)))
+    {
+        record_stream_t from(flip);
+        record_stream_t to;
+        try
+        {
+            copy(from, to);
+        }
+        catch (const std::bad_alloc&)
+        {
+        }
+        catch (const std::exception& e)
+        {
+            EXPECT_NE(nullptr, dynamic_cast<const exc::exc_base_t*>(&e)) << Hex(flip) << e.what();
+        }
+    }
+    LimitBlocks(SIZE_MAX);
+}
+
+std::string WithNumber(const std::string& golden, std::size_t part, std::uint32_t number)
+{
+    std::vector<std::string> stored = GoldenFields(golden);
+    std::memcpy(stored.at(part).data(), &number, sizeof(number));
+    std::string bytes;
+    for (const std::string& each : stored)
+        bytes += each;
+    return bytes;
+}
+
+crypto::secure_array_t Secure(const std::string& bytes)
+{
+    return crypto::secure_array_t(bytes.data(), bytes.size());
+}
+
+crypto::secure_array_ptr_t SharedSecure(const std::string& bytes)
+{
+    return boost::make_shared<crypto::secure_array_t>(bytes.data(), bytes.size());
+}
+
+std::string Text(const crypto::secure_array_t& bytes) { return {bytes.begin(), bytes.end()}; }
