@@ -7,7 +7,8 @@
 //   util::SerializeFileInfo(info, stream);
 //   stream.Flush();
 //
-// Reading is not buffered. Exceptions of the target pass through write, read and Flush.
+// Reading is not buffered. Exceptions of the target pass through write, read and Flush. What went through the
+// buffer stays in its memory, also when that is given back, so it is not for keys.
 
 #include <cstdint>
 #include <vector>

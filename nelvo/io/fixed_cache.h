@@ -9,6 +9,8 @@
 //       if (cache.IsFull())
 //           Send(cache);             // GetData, GetUsed, Reset
 //   }
+//
+// Its memory keeps what went through it, also when it is given back, so it is not for keys.
 
 #include <cstdint>
 #include <vector>

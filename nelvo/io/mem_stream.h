@@ -7,8 +7,9 @@
 //   io::WriteString(stream, "ab");
 //   file->WriteBytes(stream.GetArray()->size(), stream.GetArray()->data());
 //
-// Reading and writing share one offset. Those over a secure array leave no copy of its bytes in the heap. An
-// array that devices share is not protected: one thread at a time.
+// Reading and writing share one offset. Those over a secure array leave no copy of its bytes in the heap;
+// those over a plain one leave copies wherever it stood, so it is not for keys. An array that devices share
+// is not protected: one thread at a time.
 
 #include <cstdint>
 
