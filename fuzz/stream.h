@@ -72,4 +72,20 @@ auto IntoAnother(void (*read)(Record& record, io::io_dev_t& stream))
     };
 }
 
+// The same for the records that are made by reading: DeSerialize returns a new one. Null if it is not read.
+template <class Record>
+boost::shared_ptr<Record> TryMade(const array_ptr_t& bytes)
+{
+    const auto write = [](const Record& record, io::io_dev_t& stream) { record.Serialize(stream); };
+    boost::shared_ptr<Record> record;
+    io::plain_mem_stream_t stream(bytes);
+    if (!Reads([&] { record = Record::DeSerialize(stream); }))
+        return nullptr;
+    const array_ptr_t stored = Stored(*record, write);
+    io::plain_mem_stream_t stored_stream(stored);
+    const auto again = Record::DeSerialize(stored_stream);
+    Require(stored_stream.GetRemaining() == 0 && *Stored(*again, write) == *stored);
+    return record;
+}
+
 } // namespace fuzz
