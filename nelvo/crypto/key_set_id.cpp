@@ -33,7 +33,7 @@ bool CKeySetId::IsEmpty() const { return *this == CKeySetId(); }
 std::string CKeySetId::ToString() const
 {
     std::string text;
-    text.reserve(2 * kSize);
+    text.reserve(std::size_t{2} * kSize);
     for (const std::uint8_t byte : m_id.bytes)
         text += util::HexText(byte);
     return text;

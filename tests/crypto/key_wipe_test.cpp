@@ -1,11 +1,11 @@
 // Looks at all memory when it goes back to the heap: this program is linked with a free of its own, and its
 // operator delete ends there too.
 
+#include <cstring> // explicit_bzero
 #include <functional>
 #include <malloc.h>
 #include <new>
 #include <stdexcept>
-#include <string.h> // explicit_bzero
 #include <string>
 
 #include <boost/make_shared.hpp>
