@@ -82,9 +82,9 @@ private:
     std::map<std::string, std::string> m_prefixes;
 };
 
-// "MemFs://" and the path. A path that util::IsRelativeName does not take for relative is exc::runtime_exc_t
-// with
-// "[<path>] is not a relative path.": one with a separator in it, and one with a dot in front.
+// "MemFs://" and the path. A path that util::IsRelativeName does not take for relative, one with a separator
+// in it or with a dot in front, is exc::runtime_exc_t with "[<path>] is not a relative path."
+//
 // Kept: DevRegistry.MemFsPathWithASeparatorIsRefused
 std::string MakeMemFsPath(const std::string& relative_path);
 

@@ -2,38 +2,40 @@
 
 #include <cerrno>
 
-#include <boost/thread/exceptions.hpp>
-#include <gtest/gtest.h>
-
 #include "nelvo/core/util/str.h"
-#include "tests/support/mutex_calls.h"
+#include "tests/support/pthread_calls.h"
 
-TEST(CommonLibCtxMutex, LockThatFailsIsAFailureOfTheCheck)
+namespace
 {
-    CCommonLibCtx context;
-    AnswerNext("pthread_mutex_lock", {EINVAL});
-    try
+
+class CommonLibCtxMutex : public PthreadCalls
+{
+protected:
+    calls_t CallsOfACheck()
     {
-        context.CheckAccess("/a");
-        ADD_FAILURE() << "no failure";
+        return Calls([this] { m_context.CheckAccess(m_path); });
     }
-    catch (const boost::lock_error& e)
-    {
-        EXPECT_STREQ("boost: mutex lock failed in pthread_mutex_lock: Invalid argument", e.what());
-        EXPECT_EQ(EINVAL, e.native_error());
-    }
-    EXPECT_EQ(0U, TakeUnasked());
-    EXPECT_NO_THROW(context.CheckAccess("/a"));
+
+    CCommonLibCtx m_context;
+    const util::str_t m_path = "/a";
+};
+
+} // namespace
+
+TEST_F(CommonLibCtxMutex, IsHeldOnceForACheck) { EXPECT_EQ((calls_t{"lock", "unlock"}), CallsOfACheck()); }
+
+TEST_F(CommonLibCtxMutex, LockThatFailsIsAFailureOfTheCheck)
+{
+    Answer("lock", EINVAL);
+    EXPECT_EQ(calls_t{"lock"}, CallsOfACheck());
+    EXPECT_EQ("boost: mutex lock failed in pthread_mutex_lock: Invalid argument (generic 22)", failure());
+    EXPECT_NO_THROW(m_context.CheckAccess(m_path));
 }
 
-TEST(CommonLibCtxMutex, LockAndUnlockAreRepeatedAfterASignal)
+TEST_F(CommonLibCtxMutex, LockAndUnlockAreRepeatedAfterASignal)
 {
-    CCommonLibCtx context;
-    for (const char* const call : {"pthread_mutex_lock", "pthread_mutex_unlock"})
-    {
-        AnswerNext(call, {EINTR, EINTR});
-        EXPECT_NO_THROW(context.CheckAccess("/a"));
-        EXPECT_EQ(0U, TakeUnasked()) << call;
-    }
-    EXPECT_NO_THROW(context.CheckAccess("/a"));
+    for (const char* const call : {"lock", "lock", "unlock"})
+        Answer(call, EINTR);
+    EXPECT_EQ((calls_t{"lock", "lock", "lock", "unlock", "unlock"}), CallsOfACheck());
+    EXPECT_EQ("no failure", failure());
 }

@@ -78,6 +78,8 @@ private:
 
 void Break() { throw std::runtime_error("no line"); }
 
+void RunOut() { FailNextAllocation(); }
+
 // Reads the record once for each of its reads, with that event behind the read. Returns how often it failed.
 template <class Record>
 int FailuresOf(const Record& record, const std::function<void()>& event, int reads)
@@ -219,9 +221,9 @@ TEST(KeyWipe, ReadThatBreaksLeavesNothing)
 TEST(KeyWipe, ReadThatRunsOutOfMemoryLeavesNothing)
 {
     const CRestoreKeyRepairRec record(nullptr, Secret());
-    EXPECT_EQ(0u, SecretsLeftBy([] { EXPECT_LT(0, FailuresOf(*SecretKey(), FailNextAllocation, 3)); }));
-    EXPECT_EQ(0u, SecretsLeftBy([&] { EXPECT_LT(0, FailuresOf(record, FailNextAllocation, 4)); }));
-    EXPECT_EQ(0u, SecretsLeftBy([] { EXPECT_LT(0, FailuresOf(*SecretSet(), FailNextAllocation, 21)); }));
+    EXPECT_EQ(0u, SecretsLeftBy([] { EXPECT_LT(0, FailuresOf(*SecretKey(), RunOut, 3)); }));
+    EXPECT_EQ(0u, SecretsLeftBy([&] { EXPECT_LT(0, FailuresOf(record, RunOut, 4)); }));
+    EXPECT_EQ(0u, SecretsLeftBy([] { EXPECT_LT(0, FailuresOf(*SecretSet(), RunOut, 21)); }));
 }
 
 TEST(KeyWipe, CopyThatRunsOutOfMemoryLeavesNothing)
