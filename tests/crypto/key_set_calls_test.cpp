@@ -2,10 +2,8 @@
 
 #include <cerrno>
 #include <ctime>
-#include <dlfcn.h>
 #include <functional>
 #include <map>
-#include <pthread.h>
 #include <string>
 
 #include <boost/make_shared.hpp>
@@ -13,6 +11,7 @@
 
 #include "nelvo/core/exc/errno_exc.h"
 #include "tests/crypto/key_set_vocabulary.h"
+#include "tests/support/mutex_watch.h"
 #include "tests/support/thrown.h"
 
 using crypto::CKeySet;
@@ -20,82 +19,33 @@ using crypto::CKeySet;
 namespace
 {
 
-// A set whose mutex is watched, and what was done to it: "+" for each lock and "-" for each unlock, behind
-// the name of the set.
-struct watched_t
-{
-    const CKeySet* key_set = nullptr;
-    char name = ' ';
-};
-
-watched_t g_watched[2];
-std::string g_calls;
-int g_depth = 0;
 int g_gmtime_errno = 0;
 
-void Note(const void* mutex, char call)
+std::string Calls(const CKeySet& key_set, const std::function<void()>& operation)
 {
-    for (const watched_t& watched : g_watched)
-    {
-        const auto* const begin = reinterpret_cast<const char*>(watched.key_set);
-        const auto* const place = static_cast<const char*>(mutex);
-        if (begin == nullptr || place < begin || place >= begin + sizeof(CKeySet))
-            continue;
-        g_calls += {watched.name, call};
-        g_depth += call == '+' ? 1 : -1;
-    }
+    return MutexCalls({Watched(key_set, 'a')}, operation);
 }
 
-int CallNext(const char* name, pthread_mutex_t* mutex)
+// What comparing two sets locks.
+std::string CallsToCompare(const CKeySet::ptr_t& left, const CKeySet::ptr_t& right, bool equal)
 {
-    return reinterpret_cast<int (*)(pthread_mutex_t*)>(::dlsym(RTLD_NEXT, name))(mutex);
+    return MutexCalls({Watched(*left, 'a'), Watched(*right, 'b')},
+                      [&] { EXPECT_EQ(equal, left->IsEqual(right)); });
 }
 
-// The calls for one set, or two, that an operation makes.
-std::string Calls(const CKeySet& key_set, const std::function<void()>& operation,
-                  const CKeySet* other = nullptr)
-{
-    g_calls.clear();
-    g_watched[0] = {&key_set, 'a'};
-    g_watched[1] = {other, 'b'};
-    operation();
-    g_watched[0] = {};
-    g_watched[1] = {};
-    return g_calls;
-}
-
-// Fails unless a watched set is locked whenever something is written.
-class watching_dev_t : public io::io_dev_t
+// Notes each write.
+class noting_dev_t : public io::io_dev_t
 {
 public:
     std::uint64_t write(const void*, std::uint64_t count) override
     {
-        EXPECT_EQ(1, g_depth);
-        ++m_writes;
+        NoteAmongCalls("w");
         return count;
     }
     std::uint64_t read(void*, std::uint64_t) override { return 0; }
-
-    int writes() const { return m_writes; }
-
-private:
-    int m_writes = 0;
 };
 
 } // namespace
-
-extern "C" int pthread_mutex_lock(pthread_mutex_t* mutex) noexcept
-{
-    const int result = CallNext("pthread_mutex_lock", mutex);
-    Note(mutex, '+');
-    return result;
-}
-
-extern "C" int pthread_mutex_unlock(pthread_mutex_t* mutex) noexcept
-{
-    Note(mutex, '-');
-    return CallNext("pthread_mutex_unlock", mutex);
-}
 
 // The linker puts what wraps in the place of the calls of this function.
 extern "C" std::tm* BreakDown(const std::time_t* time, std::tm* fields) __asm__("__real_gmtime_r");
@@ -149,9 +99,9 @@ TEST(KeySetCalls, TextIsMadeUnderOneLock)
 TEST(KeySetCalls, SetIsLockedWhileItIsWritten)
 {
     const CKeySet::ptr_t key_set = GoldenSet();
-    watching_dev_t device;
-    EXPECT_EQ("a+a-", Calls(*key_set, [&] { key_set->Serialize(device); }));
-    EXPECT_LT(9, device.writes());
+    noting_dev_t device;
+    // Nine values, two keys of three, a record of four and the id's two.
+    EXPECT_EQ("a+" + std::string(21, 'w') + "a-", Calls(*key_set, [&] { key_set->Serialize(device); }));
 }
 
 TEST(KeySetCalls, FailureGivesTheLockBack)
@@ -163,12 +113,23 @@ TEST(KeySetCalls, FailureGivesTheLockBack)
 
 TEST(KeySet, EqualityTakesTheOthersLockUnderItsOwn)
 {
-    const CKeySet::ptr_t left = MakeSet(1, {MakeKey(0, "a")});
-    const CKeySet::ptr_t right = MakeSet(2, {MakeKey(0, "a")});
     // Algorithm, role, hint, number of keys and the one key.
     EXPECT_EQ("a+b+b-b+b-b+b-b+b-b+b-a-",
-              Calls(
-                  *left, [&] { EXPECT_TRUE(left->IsEqual(right)); }, right.get()));
+              CallsToCompare(MakeSet(1, {MakeKey(0, "a")}), MakeSet(2, {MakeKey(0, "a")}), true));
+}
+
+TEST(KeySetCalls, ComparisonEndsWithTheFirstDifference)
+{
+    const CKeySet::ptr_t key_set = MakeSet(1);
+    const auto with = [](std::uint32_t algorithm, std::uint32_t role, const std::wstring& hint)
+    {
+        return boost::make_shared<CKeySet>(IdOf(1), algorithm, hint, role, CKeySet::keys_t{MakeKey(0, "a")},
+                                           CKeySet::repair_records_t(), crypto::SKeySetTime());
+    };
+    EXPECT_EQ("a+b+b-a-", CallsToCompare(key_set, with(2, 6, L""), false));
+    EXPECT_EQ("a+b+b-b+b-a-", CallsToCompare(key_set, with(1, 6, L""), false));
+    EXPECT_EQ("a+b+b-b+b-b+b-a-", CallsToCompare(key_set, with(1, 5, L""), false));
+    EXPECT_EQ("a+b+b-b+b-b+b-b+b-a-", CallsToCompare(key_set, with(1, 5, L"hint"), false));
 }
 
 TEST(KeySetCalls, TimeThatCannotBeBrokenDownTellsWhy)
