@@ -174,6 +174,16 @@ TEST_F(CommonLibCtx, DestroyingTheConnectionPoolsIsOneLine)
               Log());
 }
 
+TEST_F(CommonLibCtx, ConnectionPoolsAreStillThereWhenTheirEndIsLogged)
+{
+    const auto pool = boost::make_shared<io::io_dev_pool_t>();
+    m_context.GetDevRegistry().AddPool(5, pool);
+    bool found = false;
+    m_receiver->set_hook([&] { found = m_context.GetDevRegistry().GetPool(5) == pool; });
+    m_context.DestroyConnectionPools();
+    EXPECT_TRUE(found);
+}
+
 TEST_F(CommonLibCtx, DestroyingTheConnectionPoolsLeavesFactoriesAndPrefixes)
 {
     io::dev_registry_t& registry = m_context.GetDevRegistry();

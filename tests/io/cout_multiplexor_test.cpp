@@ -127,6 +127,19 @@ TEST_F(CoutMultiplexor, AdditionAndRemovalLogTheAddressInDecimal)
     EXPECT_EQ(1, target.use_count());
 }
 
+TEST_F(CoutMultiplexor, ListChangesBehindItsLine)
+{
+    const auto target = boost::make_shared<stub_target_t>();
+    m_receiver->set_hook([this] { m_multiplexor.send_text("a line is written", 0); });
+    m_multiplexor.add_target(target);
+    EXPECT_EQ(texts_t(), target->texts);
+    m_multiplexor.remove_target(target.get());
+    EXPECT_EQ(texts_t({"a line is written"}), target->texts);
+    m_multiplexor.add_target(target);
+    m_multiplexor.clear_targets();
+    EXPECT_EQ(texts_t(2, "a line is written"), target->texts);
+}
+
 TEST_F(CoutMultiplexor, LinesStandAtTheThreadsIndent)
 {
     const progress_scope_t scope(logging::channels::default_log, "Work");

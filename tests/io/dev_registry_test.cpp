@@ -18,6 +18,8 @@
 namespace
 {
 
+using texts_t = std::vector<std::string>;
+
 class stub_factory_t : public io::io_dev_factory_t
 {
 public:
@@ -221,6 +223,16 @@ TEST_F(DevRegistry, PathOfAPrefixIsLoggedAndStored)
     EXPECT_EQ("/a", m_registry.FindPrefixPath("any://"));
     EXPECT_EQ("", m_registry.FindPrefixPath("Any://"));
     EXPECT_EQ("", m_registry.FindPrefixPath("any:/"));
+}
+
+TEST_F(DevRegistry, PathIsStoredBehindItsLine)
+{
+    texts_t paths;
+    m_receiver->set_hook([&] { paths.push_back(m_registry.FindPrefixPath("clouddisk://a")); });
+    m_registry.SetPrefixPath("/a", "clouddisk://a");
+    m_registry.SetCloudAliasPath("clouddisk://a", "/b");
+    m_registry.SetPrefixPath("/c", "clouddisk://a");
+    EXPECT_EQ(texts_t({"", "/a", "/b"}), paths);
 }
 
 TEST_F(DevRegistry, SecondPathOfAPrefixReplacesTheFirst)
