@@ -4,6 +4,7 @@
 #include <cstdarg>
 #include <cstdint>
 #include <cstdio>
+#include <dirent.h>
 #include <dlfcn.h>
 #include <exception>
 #include <fcntl.h>
@@ -125,8 +126,10 @@ std::vector<std::string> EndsOfAsks(const std::string& events)
 // NOLINTEND(bugprone-macro-parentheses)
 
 // clang-format off
+SPY_ON(int, stat, (const char* path, struct stat* info) noexcept, (path, info), Touch(path))
 SPY_ON(int, stat64, (const char* path, struct stat64* info) noexcept, (path, info), Touch(path))
 SPY_ON(int, lstat64, (const char* path, struct stat64* info) noexcept, (path, info), Touch(path))
+SPY_ON(int, statvfs, (const char* path, struct statvfs* info) noexcept, (path, info), Touch(path))
 SPY_ON(int, statvfs64, (const char* path, struct statvfs64* info) noexcept, (path, info), Touch(path))
 SPY_ON(int, access, (const char* path, int mode) noexcept, (path, mode), Touch(path))
 SPY_ON(int, chmod, (const char* path, mode_t mode) noexcept, (path, mode), Touch(path))
@@ -134,6 +137,8 @@ SPY_ON(int, lchown, (const char* path, uid_t uid, gid_t gid) noexcept, (path, ui
 SPY_ON(int, link, (const char* from, const char* to) noexcept, (from, to), Touch(from), Touch(to))
 SPY_ON(int, lutimes, (const char* path, const timeval times[2]) noexcept, (path, times), Touch(path))
 SPY_ON(int, mkdir, (const char* path, mode_t mode) noexcept, (path, mode), Touch(path))
+SPY_ON(DIR*, opendir, (const char* path), (path), Touch(path))
+SPY_ON(int, remove, (const char* path) noexcept, (path), Touch(path))
 SPY_ON(int, rename, (const char* from, const char* to) noexcept, (from, to), Touch(from), Touch(to))
 SPY_ON(int, rmdir, (const char* path) noexcept, (path), Touch(path))
 SPY_ON(int, symlink, (const char* text, const char* path) noexcept, (text, path), Touch(path))
@@ -146,16 +151,21 @@ SPY_ON(FILE*, fopen, (const char* path, const char* mode), (path, mode), Touch(p
 SPY_ON(FILE*, fopen64, (const char* path, const char* mode), (path, mode), Touch(path))
 // clang-format on
 
-extern "C" int open64(const char* path, int flags, ...)
-{
-    std::va_list arguments;
-    va_start(arguments, flags);
-    const unsigned mode = va_arg(arguments, unsigned);
-    va_end(arguments);
-    static const auto next = Next<int (*)(const char*, int, ...)>("open64");
-    Touch(path);
-    return next(path, flags, mode);
-}
+// NOLINTNEXTLINE(bugprone-macro-parentheses)
+#define SPY_ON_OPEN(name)                                                                                    \
+    extern "C" int name(const char* path, int flags, ...)                                                    \
+    {                                                                                                        \
+        std::va_list arguments;                                                                              \
+        va_start(arguments, flags);                                                                          \
+        const unsigned mode = va_arg(arguments, unsigned);                                                   \
+        va_end(arguments);                                                                                   \
+        static const auto next = Next<int (*)(const char*, int, ...)>(#name);                                \
+        Touch(path);                                                                                         \
+        return next(path, flags, mode);                                                                      \
+    }
+
+SPY_ON_OPEN(open)
+SPY_ON_OPEN(open64)
 
 // By this, Boost.Filesystem asks for the status of a path.
 extern "C" long syscall(long number, ...) noexcept
