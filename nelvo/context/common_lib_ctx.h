@@ -27,7 +27,8 @@ public:
     CCommonLibCtx& operator=(const CCommonLibCtx&) = delete;
 
     // Asks the permissions about a path, one thread at a time, and throws what they throw. They must neither
-    // log nor open a path: the log asks for its file's path while it is locked.
+    // log nor open a path: the log asks for its file's path while it is locked. A mutex that fails is a
+    // boost::lock_error; one that a signal interrupts is tried again.
     void CheckAccess(const util::str_t& path);
 
     // The default allows everything. The permissions must not be null.

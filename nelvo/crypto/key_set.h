@@ -48,6 +48,8 @@ public:
     void SetRole(std::uint32_t role);
     SKeySetTime GetCreationTime() const;
     CKeySetId::ptr_t GetId() const;
+
+    // Not a copy: holds as long as the set.
     const std::wstring& GetHint() const;
 
     // key_names.h.
@@ -66,6 +68,7 @@ public:
     repair_records_t GetRepairRecords() const;
     void SetRepairRecords(const repair_records_t& records);
 
+    // Append; AddRepairRecord a new record, which shares both (repair_record.h).
     void AddKey(const boost::shared_ptr<CKey>& key);
     void AddRepairRecord(const CKeySetId::ptr_t& master_id, const secure_array_ptr_t& data);
 

@@ -16,7 +16,7 @@ namespace crypto
 class CRestoreKeyRepairRec
 {
 public:
-    // Shares both. The data must not be null.
+    // Shares both. An id that is null is written as the empty id. The data must not be null.
     CRestoreKeyRepairRec(CKeySetId::ptr_t master_id, secure_array_ptr_t data);
 
     const CKeySetId::ptr_t& GetMasterKeySetId() const { return m_masterKeySetId; }

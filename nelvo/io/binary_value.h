@@ -156,7 +156,8 @@ Value ReadRawValue(io_dev_t& stream)
     return value;
 }
 
-// An array of that size, whose memory is only touched as far as the bytes come.
+// An array of that size, whose memory is only touched as far as the bytes come; the wiping of a secure one,
+// in the end, touches all of it.
 template <class Array>
 Array ReadRawArray(io_dev_t& stream, std::uint32_t size)
 {
