@@ -305,7 +305,7 @@ TEST(GetCommonLibCtx, IsBuiltOnceByTheFirstThatAsksAndLivesAsLongAsItIsKept)
     EXPECT_EQ("log, values, streams and listeners: none is there\n"
               "Permission denied: none is there\n"
               "without memory, 4 failures: none is there\n"
-              "64 threads, all have the same: one is there\n"
+              "64 threads, one builds what all have: one is there\n"
               "a path: one is there\n"
               "exit, kept by one, and refuses: one is there\n"
               "exit, another: two are there\n",

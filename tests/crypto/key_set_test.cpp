@@ -15,6 +15,7 @@
 #include "tests/support/golden.h"
 #include "tests/support/stub_dev.h"
 #include "tests/support/thrown.h"
+#include "tests/support/time_zone.h"
 
 using crypto::CKeySet;
 
@@ -170,6 +171,12 @@ TEST(KeySet, CreationTimeTextCountsMonthsFrom0AndYearsFrom1900)
     EXPECT_EQ("1/0/70 00:00:00", TimeText(0));
     EXPECT_EQ("31/11/99 23:59:09", TimeText(946684749));
     EXPECT_EQ("2/2/120 12:00:00", GoldenSet()->GetCreationTimeText());
+}
+
+TEST(KeySet, CreationTimeTextIsThatOfUtcEverywhere)
+{
+    const time_zone_t zone("XXX-5:30");
+    EXPECT_EQ("2/2/120 12:00:00", TimeText(1583150400));
 }
 
 TEST(KeySet, CreationTimeLosesWhatIsBelowASecond)
@@ -345,6 +352,14 @@ TEST(KeySet, EmptyHintIsAZeroAndReadAsOne)
     const std::string stored = Stored(*SetWithHint(L""));
     EXPECT_EQ("01 00 00 00 01 00 00 00 00 00 00 00 05 00 00 00", stored.substr(0, 47));
     EXPECT_EQ(L"", Read(Unhex(stored))->GetHint());
+}
+
+TEST(KeySet, HintMayHoldZeros)
+{
+    const std::wstring hint(L"a\0\u00f6", 3);
+    const std::string stored = Stored(*SetWithHint(hint));
+    EXPECT_EQ("01 00 00 00 01 00 00 00 04 00 00 00 61 00 c3 b6", stored.substr(0, 47));
+    EXPECT_EQ(hint, Read(Unhex(stored))->GetHint());
 }
 
 TEST(KeySet, MissingIdIsWrittenAsTheEmptyOne)
