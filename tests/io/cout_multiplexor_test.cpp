@@ -46,12 +46,17 @@ public:
     const char* what() const noexcept override { return nullptr; }
 };
 
-// Takes what std::cerr is given for as long as it lives, and counts how often it is flushed.
+// Takes what std::cerr is given for as long as it lives, and counts how often it is flushed, which it is not
+// by itself then.
 class stderr_capture_t : private std::stringbuf
 {
 public:
-    stderr_capture_t() : m_before(std::cerr.rdbuf(this)) {}
-    ~stderr_capture_t() override { std::cerr.rdbuf(m_before); }
+    stderr_capture_t() : m_before(std::cerr.rdbuf(this)) { std::cerr << std::nounitbuf; }
+    ~stderr_capture_t() override
+    {
+        std::cerr << std::unitbuf;
+        std::cerr.rdbuf(m_before);
+    }
     stderr_capture_t(const stderr_capture_t&) = delete;
     stderr_capture_t& operator=(const stderr_capture_t&) = delete;
 
