@@ -73,10 +73,10 @@ std::optional<std::uint32_t> dev_registry_t::LowestFreePoolId(std::uint32_t star
 {
     const lock_t lock(m_mutex);
     std::uint32_t id = start;
-    if (start <= kMaxPoolId)
+    if (start <= m_last_pool_id)
         for (auto taken = m_pools.lower_bound(start); taken != m_pools.end() && taken->first == id; ++taken)
             ++id;
-    return id <= kMaxPoolId ? std::optional(id) : std::nullopt;
+    return id <= m_last_pool_id ? std::optional(id) : std::nullopt;
 }
 
 void dev_registry_t::RemovePools()

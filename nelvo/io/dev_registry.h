@@ -36,6 +36,9 @@ class dev_registry_t
 public:
     static constexpr std::uint32_t kMaxPoolId = 0x7FFFFFFE;
 
+    // The greatest pool id that is found free; at most kMaxPoolId.
+    explicit dev_registry_t(std::uint32_t last_pool_id = kMaxPoolId) : m_last_pool_id(last_pool_id) {}
+
     // Replaces the factory of the type.
     void AddFactory(const std::string& type, const boost::shared_ptr<io_dev_factory_t>& factory);
 
@@ -49,7 +52,7 @@ public:
     // itself is gone, with "Connections pool [<id>] has already been destroyed."
     boost::shared_ptr<io_dev_pool_t> GetPool(std::uint32_t id) const;
 
-    // The lowest free id from 1 or from the given one on, up to 0x7FFFFFFE; it is not taken by that. Without
+    // The lowest free id from 1 or from the given one on, up to the last; it is not taken by that. Without
     // one, exc::runtime_exc_t with "Cannot find free pool id." or "Cannot find free pool id ( check started
     // from pool id '<start>')."
     std::uint32_t AllocPoolId() const;
@@ -76,6 +79,7 @@ public:
 private:
     std::optional<std::uint32_t> LowestFreePoolId(std::uint32_t start) const;
 
+    const std::uint32_t m_last_pool_id;
     mutable boost::recursive_mutex m_mutex; // guards all that follows
     std::map<std::string, boost::shared_ptr<io_dev_factory_t>> m_factories;
     std::map<std::uint32_t, boost::weak_ptr<io_dev_pool_t>> m_pools;

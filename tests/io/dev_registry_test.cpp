@@ -177,6 +177,18 @@ TEST_F(DevRegistry, AllocatedIdIsTheLowestFreeFrom1On)
     EXPECT_EQ(3U, m_registry.AllocPoolId());
 }
 
+TEST_F(DevRegistry, AllocationWithoutAFreeIdIsAFailureOfItsOwn)
+{
+    io::dev_registry_t registry(3);
+    for (const std::uint32_t id : {1U, 3U})
+        registry.AddPool(id, m_pool);
+    EXPECT_EQ(2U, registry.AllocPoolId());
+    registry.AddPool(2, m_pool);
+    EXPECT_EQ("Cannot find free pool id.", Failure([&] { registry.AllocPoolId(); }));
+    EXPECT_EQ("Cannot find free pool id ( check started from pool id '1').",
+              Failure([&] { registry.FindFreePoolId(1); }));
+}
+
 TEST_F(DevRegistry, RemovedPoolsAreUnknownAndTheirIdsFree)
 {
     Take({1, 2});
