@@ -24,6 +24,14 @@ protected:
 
 TEST_F(CommonLibCtxMutex, IsHeldOnceForACheck) { EXPECT_EQ((calls_t{"lock", "unlock"}), CallsOfACheck()); }
 
+TEST_F(CommonLibCtxMutex, IsHeldWhilePermissionsAreReplacedOrGiven)
+{
+    const calls_t once = {"lock", "unlock"};
+    const auto permissions = m_context.GetFilesAccessPermissions();
+    EXPECT_EQ(once, Calls([&] { m_context.SetFilesAccessPermissions(permissions); }));
+    EXPECT_EQ(once, Calls([&] { m_context.GetFilesAccessPermissions(); }));
+}
+
 TEST_F(CommonLibCtxMutex, LockThatFailsIsAFailureOfTheCheck)
 {
     Answer("lock", EINVAL);
