@@ -35,7 +35,7 @@ std::size_t SecretsLeftBy(const std::function<void()>& call)
 
 secure_array_ptr_t Secret()
 {
-    const auto secret = boost::make_shared<secure_array_t>(kSecretSize);
+    auto secret = boost::make_shared<secure_array_t>(kSecretSize);
     MakeSecret(secret->data(), secret->size());
     return secret;
 }

@@ -93,6 +93,7 @@ std::vector<boost::shared_ptr<CCommonLibCtx>> AskAtOnce(std::size_t count)
 {
     std::vector<boost::shared_ptr<CCommonLibCtx>> contexts(count);
     std::vector<std::thread> threads;
+    threads.reserve(count);
     std::atomic<std::size_t> ready{0};
     for (auto& context : contexts)
         threads.emplace_back(
