@@ -1,5 +1,5 @@
-// The linker puts __wrap_calloc and __wrap_realloc in the places of calloc and realloc, by which the byte
-// arrays are allocated.
+// The linker puts __wrap_malloc and its like in the places of malloc and its like, by which the byte arrays
+// are allocated: the optimiser makes a realloc of nothing a malloc.
 
 #include "fuzz/fuzz_target.h"
 
@@ -21,6 +21,13 @@ public:
 } // namespace
 
 // NOLINTBEGIN(bugprone-reserved-identifier): the linker's names
+extern "C" void* __real_malloc(std::size_t size);
+
+extern "C" void* __wrap_malloc(std::size_t size)
+{
+    return g_limited && size > kMost ? nullptr : __real_malloc(size);
+}
+
 extern "C" void* __real_calloc(std::size_t count, std::size_t size);
 
 extern "C" void* __wrap_calloc(std::size_t count, std::size_t size)
@@ -38,7 +45,7 @@ extern "C" void* __wrap_realloc(void* block, std::size_t size)
 
 void* operator new(std::size_t size, const std::nothrow_t&) noexcept
 {
-    return g_limited && size > kMost ? nullptr : std::malloc(size != 0 ? size : 1);
+    return std::malloc(size != 0 ? size : 1);
 }
 
 void* operator new(std::size_t size)
