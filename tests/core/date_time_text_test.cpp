@@ -45,7 +45,7 @@ private:
         static const mask* Table()
         {
             static mask table[table_size] = {};
-            table['*'] = space;
+            table[std::size_t{'*'}] = space;
             return table;
         }
     };
