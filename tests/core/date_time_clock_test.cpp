@@ -101,8 +101,8 @@ TEST(DateTimeClock, ToUtcTakesTheOffsetOfNow)
 // 115 / 3600.0 * 3600.0 is a little less than 115.
 TEST(DateTimeClock, ToUtcCutsTheOffsetToWholeSeconds)
 {
-    EXPECT_EQ(kWinter + 1, ToUtc("XXX-0:01:55", kWinter, kWinter + 115).GetSeconds());
-    EXPECT_EQ(kWinter - 1, ToUtc("XXX0:01:55", kWinter, kWinter - 115).GetSeconds());
+    EXPECT_EQ(kWinter + 1, ToUtc("LMT-0:01:55", kWinter, kWinter + 115).GetSeconds());
+    EXPECT_EQ(kWinter - 1, ToUtc("LMT0:01:55", kWinter, kWinter - 115).GetSeconds());
 }
 
 TEST(DateTimeClock, ToUtcRefusesSecondsThatLeaveTheRange)
