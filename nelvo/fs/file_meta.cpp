@@ -27,11 +27,12 @@ void WriteAttributes(io::io_dev_t& stream, const std::optional<CFileAttributes>&
         attributes->Serialize(stream);
 }
 
-std::optional<CFileAttributes> ReadAttributes(io::io_dev_t& stream)
+void ReadAttributes(io::io_dev_t& stream, std::optional<CFileAttributes>& attributes)
 {
-    if (!io::ReadValue<bool>(stream))
-        return std::nullopt;
-    return CFileAttributes::FromStream(stream);
+    if (io::ReadValue<bool>(stream))
+        attributes = CFileAttributes::FromStream(stream);
+    else
+        attributes.reset();
 }
 
 void ApplyTimes(const FileMeta& meta, const char* path)
@@ -87,7 +88,7 @@ catch (std::exception& e)
 void DeserializeFileMeta(FileMeta& meta, io::io_dev_t& stream)
 try
 {
-    meta.attributes = ReadAttributes(stream);
+    ReadAttributes(stream, meta.attributes);
     meta.changed.DeSerialize(stream);
     meta.modified.DeSerialize(stream);
     meta.accessed.DeSerialize(stream);
