@@ -3,13 +3,14 @@
 #include "fuzz/stream.h"
 #include "nelvo/core/cnt/buf_reader.h"
 #include "nelvo/core/cnt/buf_writer.h"
+#include "nelvo/core/exc/errno_exc.h"
+#include "nelvo/core/exc/file_locked_exc.h"
 #include "nelvo/core/exc/runtime_exc.h"
 
 namespace
 {
 
-template <class Exception>
-fuzz::array_ptr_t Written(const Exception& exception)
+fuzz::array_ptr_t Written(const exc::exc_base_t& exception)
 {
     static cnt::CBufWriter writer; // its mebibyte is made once
     writer.Rewind();
@@ -17,21 +18,49 @@ fuzz::array_ptr_t Written(const Exception& exception)
     return boost::make_shared<cnt::plain_array_t>(writer.GetBuffer()->data(), writer.GetPosition());
 }
 
-// One that is read is written, and read again, as the same bytes. One that is not stays as it was.
-template <class Exception>
-void TryException(const fuzz::array_ptr_t& bytes)
+// What was read and what is asked of it fit together.
+void RequireWhole(const exc::exc_base_t& exception)
 {
-    Exception exception("before");
+    const std::string text = exception.GetFullText();
+    const std::string trace = exception.GetTrace().ToText();
+    fuzz::Require(text.rfind(exception.what(), 0) == 0);
+    fuzz::Require(trace.empty() || text.rfind("\n" + trace) == text.size() - trace.size() - 1);
+    for (const exc_trace_t::event_t& event : exception.GetTrace().events)
+        fuzz::Require(event.first >= 1 && event.first <= 6);
+    fuzz::Require(exception.Clone()->GetPlainText() == exception.GetPlainText());
+}
+
+// One that is read is written, and read again, as the same bytes. One that is not stays as it was. True if it
+// is read.
+template <class Exception>
+bool TryException(Exception exception, const fuzz::array_ptr_t& bytes)
+{
     const fuzz::array_ptr_t before = Written(exception);
+    Exception again(exception);
     CBufReader reader(bytes);
     const bool is_read = fuzz::Reads([&] { exception.ReadFrom(reader); });
     const fuzz::array_ptr_t written = Written(exception);
     CBufReader written_reader(written);
-    Exception again("again");
     again.ReadFrom(written_reader);
     fuzz::Require(written_reader.GetPosition() == written->size() && *Written(again) == *written);
-    fuzz::Require(is_read || *written == *before);
-    fuzz::Require(exception.what() != nullptr);
+    if (is_read)
+        RequireWhole(exception);
+    else
+        fuzz::Require(*written == *before);
+    return is_read;
+}
+
+void TryNumberAndFile(const fuzz::array_ptr_t& bytes)
+{
+    posix::errno_exc_t with_number(2);
+    exc::file_locked_exc_t with_file("/a");
+    for (exc::exc_base_t* exception :
+         {static_cast<exc::exc_base_t*>(&with_number), static_cast<exc::exc_base_t*>(&with_file)})
+    {
+        CBufReader reader(bytes);
+        fuzz::Reads([&] { exception->ReadFrom(reader); });
+    }
+    fuzz::Require(with_number.GetErrorCode() == 2 && with_file.GetFile() == "/a");
 }
 
 } // namespace
@@ -39,6 +68,11 @@ void TryException(const fuzz::array_ptr_t& bytes)
 void fuzz::Try(const std::uint8_t* data, std::size_t size)
 {
     const array_ptr_t bytes = Array(data, size);
-    TryException<exc::exc_base_t>(bytes);
-    TryException<exc::runtime_exc_t>(bytes);
+    const bool is_read = TryException(exc::exc_base_t("before"), bytes);
+    // It reads the same and a number behind it.
+    Require(TryException(exc::runtime_exc_t("before", exc::error_code_t{1}), bytes) <= is_read);
+    TryException(posix::errno_exc_t("before", 2), bytes);
+    TryNumberAndFile(bytes);
+    CBufReader reader(bytes);
+    Require(Reads([&] { exc::exc_base_t{reader}; }) == is_read);
 }

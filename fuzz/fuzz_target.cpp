@@ -6,19 +6,14 @@
 namespace
 {
 
-constexpr std::size_t kMost = std::size_t{4} << 20U;
+constexpr std::size_t kMost = std::size_t{1} << 20U;
 
-// While an input is tried. The engine's own memory has no limit.
 thread_local bool g_limited = false;
 
-class limit_t
-{
-public:
-    limit_t() { g_limited = true; }
-    ~limit_t() { g_limited = false; }
-};
-
 } // namespace
+
+fuzz::limit_t::limit_t() : m_outer(g_limited) { g_limited = true; }
+fuzz::limit_t::~limit_t() { g_limited = m_outer; }
 
 // NOLINTBEGIN(bugprone-reserved-identifier): the linker's names
 extern "C" void* __real_malloc(std::size_t size);
@@ -62,7 +57,6 @@ void operator delete(void* memory, const std::nothrow_t&) noexcept { std::free(m
 
 int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size)
 {
-    const limit_t limit;
     fuzz::Try(data, size);
     return 0;
 }

@@ -1,8 +1,8 @@
-// Runs a fuzz target as a test does:  NAME_replay FOLDER | FILE...
+// Runs a fuzz target as a test does:  NAME_replay [--seeds FOLDER] [FOLDER | FILE]...
 //
-// The files of a folder are seeds. Each is run as it is and changed: cut off at every length, with every bit
+// The files of the folder of seeds are run as they are and changed: cut off at every length, with every bit
 // turned, with any one and any four bytes 00 and FF, and at several places at random. The inputs are the same
-// in each run. A file on its own is run as it is.
+// in each run. A file on its own is run as it is, and so are the files of another folder.
 //
 // An input that ends the program is kept as NAME_replay.finding in the current folder, to be run alone.
 
@@ -16,6 +16,7 @@
 #include <iterator>
 #include <random>
 #include <string>
+#include <string_view>
 #include <vector>
 
 #include <csignal>
@@ -157,12 +158,17 @@ private:
     std::size_t m_inputs = 0;
 };
 
-void RunSeeds(target_t& target, const std::filesystem::path& folder)
+std::vector<bytes_t> FilesBytes(const std::filesystem::path& folder)
 {
     std::vector<std::filesystem::path> paths{std::filesystem::directory_iterator(folder), {}};
     std::sort(paths.begin(), paths.end());
-    std::vector<bytes_t> seeds;
-    std::transform(paths.begin(), paths.end(), std::back_inserter(seeds), FileBytes);
+    std::vector<bytes_t> files;
+    std::transform(paths.begin(), paths.end(), std::back_inserter(files), FileBytes);
+    return files;
+}
+
+void RunSeeds(target_t& target, const std::vector<bytes_t>& seeds)
+{
     for (const bytes_t& seed : seeds)
     {
         target.RunPrefixes(seed);
@@ -171,6 +177,12 @@ void RunSeeds(target_t& target, const std::filesystem::path& folder)
         target.RunExtremes(seed, 4);
         target.RunChanged(seed, seeds);
     }
+}
+
+void RunAll(target_t& target, const std::vector<bytes_t>& files)
+{
+    for (const bytes_t& file : files)
+        target.Run(file);
 }
 
 } // namespace
@@ -182,12 +194,14 @@ int main(int argc, char* argv[])
         KeepInputOfASignal(signal);
 
     target_t target;
-    for (const char* const* path = argv + 1; path != argv + argc; ++path)
+    for (char** argument = argv + 1; argument != argv + argc; ++argument)
     {
-        if (std::filesystem::is_directory(*path))
-            RunSeeds(target, *path);
+        if (std::string_view(*argument) == "--seeds" && argument + 1 != argv + argc)
+            RunSeeds(target, FilesBytes(*++argument));
+        else if (std::filesystem::is_directory(*argument))
+            RunAll(target, FilesBytes(*argument));
         else
-            target.Run(FileBytes(*path));
+            target.Run(FileBytes(*argument));
     }
     std::cout << target.GetInputs() << " inputs\n";
     return target.GetInputs() != 0 ? 0 : 2;

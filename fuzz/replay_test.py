@@ -24,8 +24,9 @@ class Replay(unittest.TestCase):
         with open(self.path(*names), "wb") as file:
             file.write(data)
 
-    def run_it(self, argument="seeds"):
-        return subprocess.run([PROGRAM, argument], cwd=self.root, capture_output=True, text=True, check=False)
+    def run_it(self, *arguments):
+        return subprocess.run([PROGRAM, *(arguments or ("--seeds", "seeds"))], cwd=self.root,
+                              capture_output=True, text=True, check=False)
 
     def finding_near(self, seed):
         self.write(seed, "seeds", "one")
@@ -58,6 +59,12 @@ class Replay(unittest.TestCase):
         self.assertEqual((0, "1 inputs\n"), (result.returncode, result.stdout))
         self.assertEqual(-signal.SIGABRT, self.run_it("finding").returncode)
 
+    def test_runs_a_folder_as_it_is(self):
+        self.write(b"brojen", "seeds", "near")
+        self.assertEqual("1 inputs\n", self.run_it("seeds").stdout)
+        self.write(b"broken", "seeds", "finding")
+        self.assertEqual(-signal.SIGABRT, self.run_it("seeds").returncode)
+
     def test_tries_the_same_each_time(self):
         self.write(b"ours", "seeds", "one")
         self.write(b"other", "seeds", "two")
@@ -65,7 +72,8 @@ class Replay(unittest.TestCase):
 
     def test_fails_without_seeds(self):
         self.assertEqual(2, self.run_it().returncode)
-        self.assertEqual(2, self.run_it("missing").returncode)
+        for arguments in (["missing"], ["--seeds"], ["seeds"]):
+            self.assertEqual(2, self.run_it(*arguments).returncode)
 
 
 if __name__ == "__main__":

@@ -1,8 +1,10 @@
-"""Writes the seeds of a fuzz target into a folder:  seeds.py FOLDER LIST...
+"""Writes the seeds of a fuzz target into a folder:  seeds.py [--cut] FOLDER LIST...
 
 The seeds are told in text, so that they can be read. A file NAME.txt holds one seed a line, with \\n, \\t, \\\\ and
 \\x41 for what a line cannot hold. A file NAME.hex is one seed, a record with a field a line: its name, a colon
 and its bytes in hexadecimal. In both, a line that begins with a # is a comment, and an empty one is nothing.
+
+With --cut, a record is also cut off at every length.
 """
 
 import os
@@ -33,15 +35,24 @@ def seeds(path):
     return list(map(unescaped, lines))
 
 
-def write(folder, paths):
+def beginnings(seed):
+    """A seed, and all that it begins with."""
+    return [seed[:length] for length in range(len(seed), -1, -1)]
+
+
+def write(folder, paths, cut=False):
     shutil.rmtree(folder, ignore_errors=True)
     os.makedirs(folder)
     for path in paths:
-        name = os.path.splitext(os.path.basename(path))[0]
-        for number, seed in enumerate(seeds(path), 1):
-            with open(os.path.join(folder, f"{name}-{number:02}"), "wb") as file:
+        found = seeds(path)
+        if cut and path.endswith(".hex"):
+            found = beginnings(found[0])
+        for number, seed in enumerate(found, 1):
+            with open(os.path.join(folder, f"{os.path.basename(path)}-{number:02}"), "wb") as file:
                 file.write(seed)
 
 
 if __name__ == "__main__":
-    write(sys.argv[1], sys.argv[2:])
+    cut = sys.argv[1] == "--cut"
+    folder, *lists = sys.argv[1 + cut:]
+    write(folder, lists, cut)

@@ -14,14 +14,14 @@ class Seeds(unittest.TestCase):
         self.folder = os.path.join(made.name, "seeds")
         self.root = made.name
 
-    def written(self, **lists):
+    def written(self, cut=False, **lists):
         paths = []
         for name, text in lists.items():
             stem, kind = name.rsplit("_", 1)
             paths.append(os.path.join(self.root, f"{stem}.{kind}"))
             with open(paths[-1], "w", encoding="utf-8") as file:
                 file.write(text)
-        seeds.write(self.folder, paths)
+        seeds.write(self.folder, paths, cut)
         found = {}
         for name in os.listdir(self.folder):
             with open(os.path.join(self.folder, name), "rb") as file:
@@ -29,22 +29,26 @@ class Seeds(unittest.TestCase):
         return found
 
     def test_a_text_has_a_seed_a_line(self):
-        self.assertEqual({"a-01": b"one two ", "a-02": b"#three"},
+        self.assertEqual({"a.txt-01": b"one two ", "a.txt-02": b"#three"},
                          self.written(a_txt="# a remark\none two \n\n\\x23three\n"))
 
     def test_a_text_may_tell_any_byte(self):
-        self.assertEqual({"a-01": b"\n\t\\x41\x00\xff"}, self.written(a_txt="\\n\\t\\\\x41\\x00\\xff\n"))
+        self.assertEqual({"a.txt-01": b"\n\t\\x41\x00\xff"}, self.written(a_txt="\\n\\t\\\\x41\\x00\\xff\n"))
 
     def test_a_record_is_one_seed(self):
-        self.assertEqual({"a-01": b"\x01\x00\xff"},
+        self.assertEqual({"a.hex-01": b"\x01\x00\xff"},
                          self.written(a_hex="# a record\nkind: 01 00 # a remark\n\nsize: ff\n"))
 
+    def test_a_record_may_be_cut_off_at_every_length(self):
+        self.assertEqual({"a.hex-01": b"\x01\xff", "a.hex-02": b"\x01", "a.hex-03": b"", "b.txt-01": b"one"},
+                         self.written(cut=True, a_hex="x: 01 ff\n", b_txt="one\n"))
+
     def test_lists_stand_side_by_side(self):
-        self.assertEqual({"a-01": b"one", "b-01": b"\x01"}, self.written(a_txt="one\n", b_hex="x: 01\n"))
+        self.assertEqual({"a.txt-01": b"one", "b.hex-01": b"\x01"}, self.written(a_txt="one\n", b_hex="x: 01\n"))
 
     def test_what_was_there_is_gone(self):
         self.written(a_txt="one\ntwo\n")
-        self.assertEqual({"a-01": b"three"}, self.written(a_txt="three\n"))
+        self.assertEqual({"a.txt-01": b"three"}, self.written(a_txt="three\n"))
 
     def test_what_it_does_not_know_is_a_failure(self):
         for lists in ({"a_txt": "\\q\n"}, {"a_hex": "x: 0g\n"}, {"a_hex": "01 02\n"}):

@@ -28,11 +28,30 @@ array_ptr_t Stored(const Record& record, Write write)
     return stream.GetArray();
 }
 
+// Whether the bytes of a record that was read say the same.
+enum class form_t
+{
+    kCanonical, // the stored form is what was read, with zeros for what was missing at the end
+    kOfTheSize  // as many bytes; a boolean that is not 0 is stored as 1
+};
+
+// What was read from the beginning of the bytes, of which so many are left, is stored as this.
+inline void RequireForm(const array_ptr_t& stored, const array_ptr_t& bytes, std::uint64_t left, form_t form)
+{
+    const std::size_t taken = bytes->size() - left;
+    Require(stored->size() == taken || (stored->size() > taken && left == 0));
+    if (form != form_t::kCanonical)
+        return;
+    Require(std::equal(bytes->begin(), bytes->begin() + taken, stored->begin()));
+    Require(std::all_of(stored->begin() + taken, stored->end(), [](char byte) { return byte == 0; }));
+}
+
 // Tries a record that read takes from a stream and write puts there. One that is read and stored is read
 // again with nothing left over, and stored again as the same bytes. One that is not read stays as it was.
 // True if it is read.
 template <class Record, class Read, class Write>
-bool TryStored(Record& record, const array_ptr_t& bytes, Read read, Write write)
+bool TryStored(Record& record, const array_ptr_t& bytes, Read read, Write write,
+               form_t form = form_t::kOfTheSize)
 {
     const array_ptr_t before = Stored(record, write);
     io::plain_mem_stream_t stream(bytes);
@@ -40,6 +59,7 @@ bool TryStored(Record& record, const array_ptr_t& bytes, Read read, Write write)
     const array_ptr_t stored = Stored(record, write);
     if (is_read)
     {
+        RequireForm(stored, bytes, stream.GetRemaining(), form);
         io::plain_mem_stream_t stored_stream(stored);
         read(record, stored_stream);
         Require(stored_stream.GetRemaining() == 0 && *Stored(record, write) == *stored);
@@ -53,11 +73,11 @@ bool TryStored(Record& record, const array_ptr_t& bytes, Read read, Write write)
 
 // The same for the records that name these Serialize and DeSerialize.
 template <class Record>
-bool TryStored(Record& record, const array_ptr_t& bytes)
+bool TryStored(Record& record, const array_ptr_t& bytes, form_t form = form_t::kOfTheSize)
 {
     return TryStored(
         record, bytes, [](Record& to, io::io_dev_t& stream) { to.DeSerialize(stream); },
-        [](const Record& from, io::io_dev_t& stream) { from.Serialize(stream); });
+        [](const Record& from, io::io_dev_t& stream) { from.Serialize(stream); }, form);
 }
 
 // A reading for TryStored of what leaves the fields that came before a failure: it is done to another record.
@@ -82,6 +102,7 @@ boost::shared_ptr<Record> TryMade(const array_ptr_t& bytes)
     if (!Reads([&] { record = Record::DeSerialize(stream); }))
         return nullptr;
     const array_ptr_t stored = Stored(*record, write);
+    RequireForm(stored, bytes, stream.GetRemaining(), form_t::kCanonical);
     io::plain_mem_stream_t stored_stream(stored);
     const auto again = Record::DeSerialize(stored_stream);
     Require(stored_stream.GetRemaining() == 0 && *Stored(*again, write) == *stored);
