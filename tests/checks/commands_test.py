@@ -3,6 +3,7 @@
 commands_test.py ROOT
 """
 
+import json
 import os
 import shutil
 import subprocess
@@ -237,41 +238,98 @@ class Configure(Commands):
 class Fuzz(Commands):
     def setUp(self):
         notes = "#!/bin/sh\n" + NOTES
+        with open(os.path.join(ROOT, "fuzz", "run.py"), encoding="utf-8") as file:
+            run = file.read()
         self.command = self.make(
-            "fuzz", {"script/bootstrap": notes, "script/configure": notes, "fuzz/a_fuzz.cpp": "",
-                     "fuzz/b_c_fuzz.cpp": "", "fuzz/fuzz_target.cpp": ""}, {"cmake": NOTES})
-        os.makedirs(self.path("build", "fuzz", "fuzz"))
-        self.end_with(a=0, b_c=0)
+            "fuzz", {"script/bootstrap": notes, "script/configure": notes, "fuzz/run.py": run,
+                     "fuzz/a_fuzz.cpp": "", "fuzz/b_c_fuzz.cpp": "", "fuzz/fuzz_target.cpp": "",
+                     "fuzz/corpus/a/kept": "", "build/fuzz/fuzz/seeds/a/one": "",
+                     "build/fuzz/fuzz/seeds/b_c/one": ""}, {"cmake": NOTES})
+        self.become_targets(a="", b_c="")
 
-    def end_with(self, **targets):
-        for name, status in targets.items():
+    def become_targets(self, **targets):
+        for name, text in targets.items():
             program = self.path("build", "fuzz", "fuzz", name + "_fuzz")
             with open(program, "w", encoding="utf-8") as file:
-                file.write(f"#!/bin/sh\n{NOTES}exit {status}\n")
+                file.write("#!/bin/sh\n" + NOTES + text)
             os.chmod(program, 0o755)
 
-    def run_of(self, name, seconds):
-        return (f"{name}_fuzz -max_total_time={seconds} -timeout=10 -rss_limit_mb=1024 "
-                f"-artifact_prefix=build/fuzz/findings/{name}- build/fuzz/corpus/{name} build/fuzz/fuzz/seeds/{name}")
+    def fuzz(self, *arguments):
+        return self.run_command(self.command, *arguments, FUZZ_JOBS="1")
+
+    def find(self, name):
+        return f"touch build/fuzz/findings/{name}\nexit 77\n"
+
+    def run_of(self, name, *kept):
+        return " ".join([f"{name}_fuzz -timeout=25 -rss_limit_mb=1024 -print_final_stats=1",
+                         f"-artifact_prefix=build/fuzz/findings/{name}- build/fuzz/corpus/{name}",
+                         f"build/fuzz/fuzz/seeds/{name}", *kept])
 
     def test_builds_and_runs_every_target(self):
-        result, calls = self.run_command(self.command)
+        result, calls = self.fuzz()
         self.assertEqual(["bootstrap ", "bootstrap script/packages-fuzz.txt", "configure fuzz",
                           "cmake --build --preset fuzz --target a_fuzz b_c_fuzz",
-                          self.run_of("a", 60), self.run_of("b_c", 60)], calls)
-        self.assertEqual((0, "== a\n== b_c\n"), (result.returncode, result.stdout))
+                          self.run_of("a", "fuzz/corpus/a"), self.run_of("b_c")], calls)
+        self.assertEqual(0, result.returncode)
         self.assertEqual(["a", "b_c"], sorted(os.listdir(self.path("build", "fuzz", "corpus"))))
-        self.assertEqual([], os.listdir(self.path("build", "fuzz", "findings")))
+
+    def test_tells_what_was_done(self):
+        self.become_targets(a="echo 'stat::number_of_executed_units: 12'\necho 'stat::new_units_added: 3'\n")
+        rows = [line.split() for line in self.fuzz("a")[0].stdout.splitlines()]
+        self.assertEqual(["a", "12", "3", "0"], [rows[-1][i] for i in (0, 1, 4, 5)])
+        with open(self.path("build", "fuzz", "results.json"), encoding="utf-8") as file:
+            results = json.load(file)
+        self.assertEqual([("a", 12, 3, 0, [])],
+                         [(result["target"], result["executions"], result["new_entries"], result["status"],
+                           result["finds"]) for result in results])
 
     def test_takes_names_and_seconds(self):
-        calls = self.run_command(self.command, "--seconds", "5", "b_c")[1]
-        self.assertEqual(["cmake --build --preset fuzz --target b_c_fuzz", self.run_of("b_c", 5)], calls[-2:])
+        calls = self.fuzz("b_c", "5")[1]
+        self.assertEqual(["cmake --build --preset fuzz --target b_c_fuzz", self.run_of("b_c")], calls[-2:])
+
+    def test_asks_a_target_to_end_when_it_has_had_its_time(self):
+        self.become_targets(a='trap \'echo ended >> "$CALLS"; exit 0\' USR1\nwhile :; do :; done\n')
+        result, calls = self.fuzz("a", "1")
+        self.assertEqual((0, "ended"), (result.returncode, calls[-1]))
+        self.assertGreaterEqual(float(result.stdout.split()[-4]), 1.0)
+
+    def test_refuses_what_is_no_target(self):
+        for arguments in (["d"], ["a", "b"], ["--what"]):
+            result, calls = self.fuzz(*arguments)
+            others = [call for call in calls if "bootstrap" not in call]
+            self.assertEqual((2, []), (result.returncode, others))
 
     def test_goes_on_behind_a_finding_and_fails(self):
-        self.end_with(a=77)
-        result, calls = self.run_command(self.command)
-        self.assertEqual(self.run_of("b_c", 60), calls[-1])
-        self.assertEqual((1, "Findings: a\n"), (result.returncode, result.stderr))
+        self.become_targets(a=self.find("a-crash-1"))
+        result, calls = self.fuzz()
+        self.assertEqual((1, self.run_of("b_c")), (result.returncode, calls[-1]))
+        self.assertEqual("a: status 77, see build/fuzz/logs/a\n  build/fuzz/findings/a-crash-1\n",
+                         result.stderr)
+        self.assertEqual(["kept"], os.listdir(self.path("fuzz", "corpus", "a")))
+
+    def test_fails_when_a_target_ends_badly_without_a_finding(self):
+        self.become_targets(b_c="exit 3\n")
+        result = self.fuzz()[0]
+        self.assertEqual((1, "failed"), (result.returncode, result.stdout.split()[-1]))
+
+    def test_an_old_finding_is_no_new_one(self):
+        self.become_targets(a=self.find("a-crash-1"))
+        self.fuzz("a")
+        self.become_targets(a="")
+        self.assertEqual(0, self.fuzz("a")[0].returncode)
+
+    def test_keeps_findings_if_told_so(self):
+        self.become_targets(b_c=self.find("b_c-crash-1"))
+        self.assertEqual(1, self.fuzz("--keep")[0].returncode)
+        self.assertEqual(["crash-1"], os.listdir(self.path("fuzz", "corpus", "b_c")))
+
+    def test_minimises_into_what_is_kept(self):
+        self.become_targets(a='for folder; do case $folder in */merged/*) touch "$folder/new"; esac; done\n')
+        self.fuzz("a")
+        result, calls = self.fuzz("--minimise", "a")
+        self.assertEqual((0, "a_fuzz -timeout=25 -rss_limit_mb=1024 -merge=1 build/fuzz/merged/a "
+                             "build/fuzz/corpus/a"), (result.returncode, calls[-1]))
+        self.assertEqual(["kept", "new"], sorted(os.listdir(self.path("fuzz", "corpus", "a"))))
 
 
 class Lint(Commands):
