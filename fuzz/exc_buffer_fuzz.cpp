@@ -18,15 +18,51 @@ fuzz::array_ptr_t Written(const exc::exc_base_t& exception)
     return boost::make_shared<cnt::plain_array_t>(writer.GetBuffer()->data(), writer.GetPosition());
 }
 
-// What was read and what is asked of it fit together.
-void RequireWhole(const exc::exc_base_t& exception)
+// The text without prefixes, as it stands in the bytes.
+std::string ReadPlainText(CBufReader& reader)
 {
+    std::string text;
+    const std::int32_t count = reader.ReadInt32();
+    for (std::int32_t line = 0; line < count; ++line)
+    {
+        text += (line == 0 ? "" : "\n") + reader.ReadString();
+        reader.ReadBool();
+    }
+    return text;
+}
+
+// The trace, as it stands behind that. The first of two properties of a name counts.
+exc_trace_t ReadTrace(CBufReader& reader)
+{
+    exc_trace_t trace;
+    for (std::int32_t count = reader.ReadInt32(); count > 0; --count)
+    {
+        const std::string key = reader.ReadString();
+        trace.properties.insert({key, reader.ReadString()});
+    }
+    for (std::int32_t count = reader.ReadInt32(); count > 0; --count)
+    {
+        const std::int32_t code = reader.ReadInt32();
+        const std::string info = reader.ReadString();
+        if (code >= 1 && code <= 6)
+            trace.events.push_back({code, info});
+    }
+    return trace;
+}
+
+// What was read stands in the bytes, and what is asked of it fits together.
+void RequireWhole(const exc::exc_base_t& exception, const fuzz::array_ptr_t& bytes)
+{
+    CBufReader reader(bytes);
+    fuzz::Require(exception.GetPlainText() == ReadPlainText(reader));
+    const exc_trace_t trace = ReadTrace(reader);
+    fuzz::Require(exception.GetTrace().properties == trace.properties);
+    fuzz::Require(exception.GetTrace().events == trace.events);
+
     const std::string text = exception.GetFullText();
-    const std::string trace = exception.GetTrace().ToText();
+    const std::string trace_text = trace.ToText();
     fuzz::Require(text.rfind(exception.what(), 0) == 0);
-    fuzz::Require(trace.empty() || text.rfind("\n" + trace) == text.size() - trace.size() - 1);
-    for (const exc_trace_t::event_t& event : exception.GetTrace().events)
-        fuzz::Require(event.first >= 1 && event.first <= 6);
+    fuzz::Require(trace_text.empty() || text.rfind("\n" + trace_text) == text.size() - trace_text.size() - 1);
     fuzz::Require(exception.Clone()->GetPlainText() == exception.GetPlainText());
 }
 
@@ -44,7 +80,7 @@ bool TryException(Exception exception, const fuzz::array_ptr_t& bytes)
     again.ReadFrom(written_reader);
     fuzz::Require(written_reader.GetPosition() == written->size() && *Written(again) == *written);
     if (is_read)
-        RequireWhole(exception);
+        RequireWhole(exception, bytes);
     else
         fuzz::Require(*written == *before);
     return is_read;

@@ -15,14 +15,18 @@
 namespace
 {
 
-// Narrow and wide ASCII text give the same number, and the number's own text gives it again.
-template <class Parse>
-void TryWhole(std::string_view text, Parse parse)
+// A number is what the C function says, its own text gives it again, and narrow and wide ASCII text agree.
+template <class Parse, class Convert>
+void TryWhole(const std::string& text, Parse parse, Convert convert)
 {
     for (const int base : {10, 16, 0, 36})
     {
-        decltype(parse(text, base)) number{};
-        if (fuzz::Reads([&] { number = parse(text, base); }))
+        char* end = nullptr;
+        const auto expected = convert(text.c_str(), &end, base);
+        std::remove_const_t<decltype(expected)> number{};
+        const bool reads = fuzz::Reads([&] { number = parse(text, base); });
+        fuzz::Require(reads == (end != text.c_str()) && number == expected);
+        if (reads)
             fuzz::Require(parse(util::ToText(number), 10) == number &&
                           parse(util::WideToText(number), 10) == number);
         if (fuzz::IsAscii(text))
@@ -30,12 +34,17 @@ void TryWhole(std::string_view text, Parse parse)
     }
 }
 
-void TryWholeNumbers(std::string_view text)
+void TryWholeNumbers(const std::string& text)
 {
-    TryWhole(text, [](const auto& from, int base) { return util::ParseUnsignedLong(from, base); });
-    TryWhole(text, [](const auto& from, int base) { return util::ParseUnsignedLongLong(from, base); });
-    TryWhole(text, [](const auto& from, int base) { return util::ParseLong(from, base); });
-    TryWhole(text, [](const auto& from, int base) { return util::ParseInt64(from, base); });
+    TryWhole(
+        text, [](const auto& from, int base) { return util::ParseUnsignedLong(from, base); }, std::strtoul);
+    TryWhole(
+        text, [](const auto& from, int base) { return util::ParseUnsignedLongLong(from, base); },
+        std::strtoull);
+    TryWhole(
+        text, [](const auto& from, int base) { return util::ParseLong(from, base); }, std::strtol);
+    TryWhole(
+        text, [](const auto& from, int base) { return util::ParseInt64(from, base); }, std::strtoll);
 }
 
 // A cast is done if and only if it keeps the value. A long double holds each of these values exactly.
@@ -195,7 +204,7 @@ void fuzz::Try(const std::uint8_t* data, std::size_t size)
     Require(has_locale);
 
     const std::string_view text = Text(data, size);
-    TryWholeNumbers(text);
+    TryWholeNumbers(std::string(text));
     TryFloats(text);
     TryBool(text);
     TryHex(text);

@@ -28,21 +28,34 @@ array_ptr_t Stored(const Record& record, Write write)
     return stream.GetArray();
 }
 
-// Whether the bytes of a record that was read say the same.
 enum class form_t
 {
     kCanonical, // the stored form is what was read, with zeros for what was missing at the end
-    kOfTheSize  // as many bytes; a boolean that is not 0 is stored as 1
+    kBooleans   // but for booleans, of which any but 0 is stored as 1
 };
+
+// Whether a byte belongs to a boolean of which this is so.
+inline bool IsInBoolean(const array_ptr_t& stored, const array_ptr_t& bytes, std::size_t place)
+{
+    static constexpr char kTrue[] = {1, 0, 0, 0};
+    static constexpr char kFalse[] = {0, 0, 0, 0};
+    for (std::size_t begin = place - std::min(place, sizeof(kTrue) - 1); begin <= place; ++begin)
+    {
+        if (begin + sizeof(kTrue) <= std::min(stored->size(), bytes->size()) &&
+            std::memcmp(stored->data() + begin, kTrue, sizeof(kTrue)) == 0 &&
+            std::memcmp(bytes->data() + begin, kFalse, sizeof(kFalse)) != 0)
+            return true;
+    }
+    return false;
+}
 
 // What was read from the beginning of the bytes, of which so many are left, is stored as this.
 inline void RequireForm(const array_ptr_t& stored, const array_ptr_t& bytes, std::uint64_t left, form_t form)
 {
     const std::size_t taken = bytes->size() - left;
     Require(stored->size() == taken || (stored->size() > taken && left == 0));
-    if (form != form_t::kCanonical)
-        return;
-    Require(std::equal(bytes->begin(), bytes->begin() + taken, stored->begin()));
+    for (std::size_t i = 0; i != taken; ++i)
+        Require((*stored)[i] == (*bytes)[i] || (form == form_t::kBooleans && IsInBoolean(stored, bytes, i)));
     Require(std::all_of(stored->begin() + taken, stored->end(), [](char byte) { return byte == 0; }));
 }
 
@@ -51,7 +64,7 @@ inline void RequireForm(const array_ptr_t& stored, const array_ptr_t& bytes, std
 // True if it is read.
 template <class Record, class Read, class Write>
 bool TryStored(Record& record, const array_ptr_t& bytes, Read read, Write write,
-               form_t form = form_t::kOfTheSize)
+               form_t form = form_t::kBooleans)
 {
     const array_ptr_t before = Stored(record, write);
     io::plain_mem_stream_t stream(bytes);
@@ -73,7 +86,7 @@ bool TryStored(Record& record, const array_ptr_t& bytes, Read read, Write write,
 
 // The same for the records that name these Serialize and DeSerialize.
 template <class Record>
-bool TryStored(Record& record, const array_ptr_t& bytes, form_t form = form_t::kOfTheSize)
+bool TryStored(Record& record, const array_ptr_t& bytes, form_t form = form_t::kBooleans)
 {
     return TryStored(
         record, bytes, [](Record& to, io::io_dev_t& stream) { to.DeSerialize(stream); },
