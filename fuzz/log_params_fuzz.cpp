@@ -1,4 +1,5 @@
-// What a program's user may set: the parameters of the log, and agent options as NAME=VALUE.
+// What a program's user may set: the parameters of the log, agent options as NAME=VALUE, and the tool's
+// command line, an argument a line.
 
 #include "nelvo/logging/receiver/log_start.h"
 
@@ -9,6 +10,7 @@
 #include "nelvo/context/set_agent_option.h"
 #include "nelvo/core/util/log_name.h"
 #include "nelvo/core/util/parse.h"
+#include "tool/command_line.h"
 
 namespace
 {
@@ -106,6 +108,17 @@ void TryOption(std::string_view text)
     TryFlag(value);
 }
 
+// Two words at the end, of which an option takes one at most, make each line bad: no log is opened.
+void TryCommandLine(std::string_view text)
+{
+    const std::vector<std::string> words = fuzz::Pieces(text, '\n');
+    std::vector<const char*> argv{"tool"};
+    for (const std::string& word : words)
+        argv.push_back(word.c_str());
+    argv.insert(argv.end(), {"word", "word"});
+    fuzz::Require(!fuzz::Reads([&] { InitToolCommandLine(static_cast<int>(argv.size()), argv.data()); }));
+}
+
 } // namespace
 
 void fuzz::Try(const std::uint8_t* data, std::size_t size)
@@ -114,4 +127,5 @@ void fuzz::Try(const std::uint8_t* data, std::size_t size)
     TryParams(Text(data, size));
     TryPackedName(Text(data, size));
     TryOption(Text(data, size));
+    TryCommandLine(Text(data, size));
 }

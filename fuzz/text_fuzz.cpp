@@ -1,4 +1,5 @@
-// What takes text apart and puts it together: quoted parts, lists, XML, the names of logs, paths.
+// What takes text apart and puts it together: quoted parts, lists, XML, the names of logs, paths and
+// the prefixes of virtual ones.
 
 #include "nelvo/core/util/text.h"
 
@@ -7,6 +8,7 @@
 #include "nelvo/core/util/path_text.h"
 #include "nelvo/core/util/quoted_split.h"
 #include "nelvo/core/util/xml.h"
+#include "nelvo/io/dev_registry.h"
 
 namespace
 {
@@ -129,6 +131,19 @@ void TryPath(std::string_view path)
     fuzz::Require((util::PathSeparator(path) == '\\') == (path.find('\\') != std::string_view::npos));
 }
 
+// Virtual storage is found by what stands in front of its path.
+void TryVirtualPath(const std::string& path)
+{
+    std::string virtual_path;
+    const bool is_taken = fuzz::Reads([&] { virtual_path = io::MakeMemFsPath(path); });
+    fuzz::Require(is_taken == util::IsRelativeName(path) && (!is_taken || virtual_path == "MemFs://" + path));
+    io::dev_registry_t registry;
+    fuzz::Require(fuzz::Reads([&] { registry.SetCloudAliasPath(path, "web"); }) ==
+                  util::StartsWithNoCase(path, "clouddisk://"));
+    fuzz::Require(fuzz::Reads([&] { registry.SetCloudAliasPath("CloudDisk://" + path, path); }));
+    fuzz::Require(registry.FindPrefixPath("CloudDisk://" + path) == path);
+}
+
 // Wide text of any value.
 void TryWide(const std::wstring& text)
 {
@@ -152,5 +167,6 @@ void fuzz::Try(const std::uint8_t* data, std::size_t size)
     Require(Widened(util::UnescapeXml(text)) == util::UnescapeXml(Widened(text)));
     TryLogName(text);
     TryPath(text);
+    TryVirtualPath(std::string(text));
     TryWide(WideText(data, size));
 }
