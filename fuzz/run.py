@@ -136,7 +136,7 @@ def keep(results):
 
 
 def minimise(name):
-    """Adds what reaches more than the seeds do, as little of it as does."""
+    """Adds what reaches code that the seeds do not reach, as little of it as does."""
     kept = f"fuzz/corpus/{name}"
     merged = f"{WORK}/merged/{name}"
     shutil.rmtree(merged, ignore_errors=True)
@@ -144,8 +144,8 @@ def minimise(name):
     if os.path.isdir(kept):
         shutil.copytree(kept, merged, dirs_exist_ok=True)
     before = set(os.listdir(merged))
-    subprocess.run([program(name), *LIMITS, "-merge=1", merged, f"{WORK}/corpus/{name}"], check=True,
-                   stderr=subprocess.DEVNULL)
+    subprocess.run([program(name), *LIMITS, "-use_counters=0", "-merge=1", merged, f"{WORK}/corpus/{name}"],
+                   check=True, stderr=subprocess.DEVNULL)
     os.makedirs(kept, exist_ok=True)
     for found in set(os.listdir(merged)) - before:
         shutil.copy(os.path.join(merged, found), kept)
@@ -174,6 +174,7 @@ def main(words):
         for name in given.names:
             minimise(name)
         return 0
+    signal.signal(signal.SIGTERM, lambda *_: sys.exit(1)) # and so by run_all, which leaves no target running
     results = run_all(given.names, given.seconds)
     with open(f"{WORK}/results.json", "w", encoding="utf-8") as file:
         json.dump(results, file, indent=2)

@@ -327,7 +327,7 @@ class Fuzz(Commands):
         self.become_targets(a='for folder; do case $folder in */merged/*) touch "$folder/new"; esac; done\n')
         self.fuzz("a")
         result, calls = self.fuzz("--minimise", "a")
-        self.assertEqual((0, "a_fuzz -timeout=25 -rss_limit_mb=1024 -merge=1 build/fuzz/merged/a "
+        self.assertEqual((0, "a_fuzz -timeout=25 -rss_limit_mb=1024 -use_counters=0 -merge=1 build/fuzz/merged/a "
                              "build/fuzz/corpus/a"), (result.returncode, calls[-1]))
         self.assertEqual(["kept", "new"], sorted(os.listdir(self.path("fuzz", "corpus", "a"))))
 
