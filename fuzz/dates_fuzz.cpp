@@ -101,7 +101,8 @@ void TrySpan(const std::uint8_t* data, std::size_t size)
 {
     std::int64_t seconds = 0;
     const std::size_t taken = std::min(size, sizeof(seconds));
-    std::memcpy(&seconds, data, taken);
+    if (taken != 0)
+        std::memcpy(&seconds, data, taken);
     const CTimeSpan span(seconds);
     const datetime::time_span_fields_t fields = span.GetFields();
     fuzz::Require(fields.hours < 24 && fields.minutes < 60 && fields.seconds < 60);

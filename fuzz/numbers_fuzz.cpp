@@ -28,7 +28,7 @@ void TryWhole(const std::string& text, Parse parse, Convert convert)
         fuzz::Require(reads == (end != text.c_str()) && number == expected);
         if (reads)
             fuzz::Require(parse(util::ToText(number), 10) == number &&
-                          parse(util::WideToText(number), 10) == number);
+                          parse(fuzz::Widened(util::ToText(number)), 10) == number);
         if (fuzz::IsAscii(text))
             fuzz::Agree([&] { return parse(text, base); }, [&] { return parse(fuzz::Widened(text), base); });
     }
