@@ -116,7 +116,8 @@ std::string CKeySet::GetCreationTimeText() const
         throw posix::errno_exc_t("Failed to convert time to readable format", error);
     }
     std::array<char, 32> clock = {};
-    std::snprintf(clock.data(), clock.size(), "%02d:%02d:%02d", fields.tm_hour, fields.tm_min, fields.tm_sec);
+    static_cast<void>(std::snprintf(clock.data(), clock.size(), "%02d:%02d:%02d", fields.tm_hour,
+                                    fields.tm_min, fields.tm_sec));
     return util::Format("%1/%2/%3 %4", fields.tm_mday, fields.tm_mon, fields.tm_year, clock.data());
 }
 

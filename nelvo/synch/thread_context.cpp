@@ -22,7 +22,7 @@ slot_t& Slot()
 {
     static slot_t& slot = []() -> slot_t&
     {
-        std::atexit([] { Slot().reset(); });
+        static_cast<void>(std::atexit([] { Slot().reset(); }));
         return *new slot_t;
     }();
     return slot;

@@ -38,8 +38,8 @@ int main(int argc, char* argv[])
     logging::start_log(argv[1], false, false, true);
 
     std::vector<std::thread> threads;
-    for (int i = 0; i != std::atoi(argv[2]); ++i)
-        threads.emplace_back(Log, i, std::atoi(argv[3]), static_cast<std::size_t>(std::atoi(argv[4])));
+    for (int i = 0; i != std::stoi(argv[2]); ++i)
+        threads.emplace_back(Log, i, std::stoi(argv[3]), std::stoul(argv[4]));
     for (std::thread& thread : threads)
         thread.join();
     while (std::getchar() != EOF)

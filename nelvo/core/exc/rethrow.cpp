@@ -30,6 +30,13 @@ void AddContext(exc_base_t& exception, bool marked, const std::string& message, 
     exception.GetTrace().Merge(trace);
 }
 
+runtime_exc_t WithContext(runtime_exc_t exception, bool marked, const std::string& message,
+                          const exc_trace_t& trace)
+{
+    AddContext(exception, marked, message, trace);
+    return exception;
+}
+
 } // namespace
 
 void RethrowWithContext(bool marked, const std::string& message, std::exception& exception,
@@ -40,9 +47,7 @@ void RethrowWithContext(bool marked, const std::string& message, std::exception&
         AddContext(*ours, marked, message, trace);
         throw;
     }
-    runtime_exc_t converted = Converted(exception);
-    AddContext(converted, marked, message, trace);
-    throw converted;
+    throw WithContext(Converted(exception), marked, message, trace);
 }
 
 } // namespace exc

@@ -33,7 +33,7 @@ public:
         {
             holder.instance = build();
             // A full table of exit handlers leaves the object to the end of the process.
-            std::atexit(&Release);
+            static_cast<void>(std::atexit(&Release));
         }
         return holder.instance;
     }

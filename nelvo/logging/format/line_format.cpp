@@ -106,7 +106,7 @@ private:
     {
         static std::mutex mutex;
         const std::lock_guard<std::mutex> lock(mutex);
-        SetTime(std::localtime(&now));
+        SetTime(std::localtime(&now)); // NOLINT(concurrency-mt-unsafe): the mutex stands above
     }
 
     void SetTime(const std::tm* time)

@@ -38,10 +38,9 @@ void Unlock(const posix_file_t& file)
 
 } // namespace
 
-posix_log_file_t::posix_log_file_t(const std::string& name)
+posix_log_file_t::posix_log_file_t(const std::string& name) : m_file(posix_file_t::CreateOrOpen(name, false))
 {
     m_path = name;
-    m_file = posix_file_t::CreateOrOpen(name, false);
     if (::flock(m_file->GetDescriptor(), LOCK_EX | LOCK_NB) == 0)
     {
         m_file->SeekFromEnd(0);
