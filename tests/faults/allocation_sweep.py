@@ -1,0 +1,38 @@
+"""Fails each allocation of the tool, once and from then on."""
+
+import calls
+import machine
+import verdict
+
+NAME = "allocations"
+
+
+def _hits(phase, mode):
+    if phase not in calls.SOURCES:
+        return frozenset() if mode == "once" or phase != "start" else frozenset(calls.SOURCES)
+    first = calls.SOURCES.index(phase)
+    return frozenset(calls.SOURCES[first:] if mode == "on" else (phase,))
+
+
+def _cases(scenario, seen):
+    for call in seen:
+        if call.name != "alloc":
+            continue
+        for mode in ("once", "on"):
+            yield verdict.Case(id=f"{NAME}/{scenario.name}/{call.phase}/{call.number}/{mode}",
+                               scenario=scenario.name, fault=f"alloc:0:{call.number}:{mode}",
+                               hits=_hits(call.phase, mode), store=call.phase == "generate")
+
+
+def plan(quick):
+    cases, counts = [], {}
+    for scenario in machine.SCENARIOS.values():
+        _, written = calls.traced(scenario)
+        of_scenario = list(_cases(scenario, calls.preloaded(scenario, written)))
+        counts[f"allocations of {scenario.name}"] = len(of_scenario) // 2
+        cases += of_scenario
+    return verdict.Plan(cases[::9] if quick else cases, [], counts)
+
+
+def run(case, losses):
+    return verdict.trial(case, losses, lambda: machine.run_tool(preload=case.fault))
