@@ -95,7 +95,9 @@ def _case(scenario, call, error, mode, later, possible):
                           f"inject={call.name}:error={error}:when={call.number}{'+' if mode == 'on' else ''}"]),
         hits=frozenset(hits),
         demands=frozenset(_demands(call, error) & hits),
-        store=call.name == "write" and any(each.target == "stored-file" for each in failing))
+        store=call.name == "write" and any(each.target == "stored-file" for each in failing),
+        mute=call.name == "write" and mode == "on",
+        random=call.name != "getrandom")
 
 
 def _strace_cases(scenario, own, possible):
