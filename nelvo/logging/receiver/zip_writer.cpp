@@ -1,7 +1,9 @@
 #include "nelvo/logging/receiver/zip_writer.h"
 
+#include <algorithm>
 #include <cerrno>
 #include <exception>
+#include <limits>
 
 #include <zlib.h>
 
@@ -14,6 +16,11 @@ namespace util
 {
 namespace
 {
+
+// Less than zlib's own buffer, which it copies a piece of this size to. What is larger it reads where it
+// stands, and, after a failure, reads there once more when the archive is completed: then it may be long
+// gone.
+constexpr unsigned kPiece = 4096;
 
 gzFile Open(const std::string& name, int level)
 try
@@ -46,10 +53,33 @@ zip_writer_t::~zip_writer_t()
     }
 }
 
-// A refusal that zlib does not put down to the system loses the data, and nobody is told.
-// Kept: ZipWriter.RefusalWithoutSystemErrorLosesTheData
+// What zlib refuses for its size goes there whole.
 void zip_writer_t::write(const void* bytes, unsigned length)
 try
+{
+    if (length > static_cast<unsigned>(std::numeric_limits<int>::max()))
+        Add(bytes, length);
+    else
+        AddInPieces(static_cast<const char*>(bytes), length);
+}
+catch (std::exception& e)
+{
+    exc::RethrowWithContext(false, Format("Cannot add data to the GZ archive [%1].", m_name), e);
+}
+
+void zip_writer_t::AddInPieces(const char* bytes, unsigned length)
+{
+    for (unsigned done = 0; done != length;)
+    {
+        const unsigned piece = std::min(kPiece, length - done);
+        Add(bytes + done, piece);
+        done += piece;
+    }
+}
+
+// A refusal that zlib does not put down to the system loses the data, and nobody is told.
+// Kept: ZipWriter.RefusalWithoutSystemErrorLosesTheData
+void zip_writer_t::Add(const void* bytes, unsigned length)
 {
     if (::gzwrite(m_gz, bytes, length) != 0)
         return;
@@ -58,10 +88,6 @@ try
     ::gzerror(m_gz, &code);
     if (code == Z_ERRNO)
         throw posix::errno_exc_t(error);
-}
-catch (std::exception& e)
-{
-    exc::RethrowWithContext(false, Format("Cannot add data to the GZ archive [%1].", m_name), e);
 }
 
 void zip_writer_t::Close()

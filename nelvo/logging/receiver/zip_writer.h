@@ -23,12 +23,15 @@ public:
     zip_writer_t(const zip_writer_t&) = delete;
     zip_writer_t& operator=(const zip_writer_t&) = delete;
 
-    // Adds data, of which much may stay in memory until the archive is completed. Throws posix::errno_exc_t
+    // Adds data, of which much may stay in memory until the archive is completed; the caller's bytes are not
+    // needed any more, whatever comes of it. Throws posix::errno_exc_t
     // with the context "Cannot add data to the GZ archive [<name>]." if the system fails. Data that zlib
     // refuses for a reason of its own, such as 2^31 bytes and more at once, is lost without a word.
     void write(const void* bytes, unsigned length);
 
 private:
+    void Add(const void* bytes, unsigned length);
+    void AddInPieces(const char* bytes, unsigned length);
     void Close();
 
     std::string m_name;

@@ -1,6 +1,10 @@
 #include "nelvo/logging/receiver/zip_writer.h"
 
 #include <cerrno>
+#include <csignal>
+#include <cstring>
+#include <sys/mman.h>
+#include <sys/resource.h>
 #include <sys/stat.h>
 
 #include <boost/make_shared.hpp>
@@ -53,6 +57,29 @@ protected:
     temp_folder_t m_folder;
     const std::string m_name = m_folder / "a.gz";
     boost::shared_ptr<lines_receiver_t> m_reported = boost::make_shared<lines_receiver_t>();
+};
+
+// No file can be made larger than this.
+class file_size_limit_t
+{
+public:
+    explicit file_size_limit_t(rlim_t most) : m_handler(std::signal(SIGXFSZ, SIG_IGN))
+    {
+        EXPECT_EQ(0, ::getrlimit(RLIMIT_FSIZE, &m_old));
+        const rlimit narrow = {most, m_old.rlim_max};
+        EXPECT_EQ(0, ::setrlimit(RLIMIT_FSIZE, &narrow));
+    }
+    ~file_size_limit_t()
+    {
+        EXPECT_EQ(0, ::setrlimit(RLIMIT_FSIZE, &m_old));
+        std::signal(SIGXFSZ, m_handler);
+    }
+    file_size_limit_t(const file_size_limit_t&) = delete;
+    file_size_limit_t& operator=(const file_size_limit_t&) = delete;
+
+private:
+    void (*m_handler)(int);
+    rlimit m_old = {};
 };
 
 } // namespace
@@ -147,6 +174,23 @@ TEST_F(ZipWriter, SystemFailureToAddNamesTheArchive)
     EXPECT_EQ("       | ERR |Cannot close GZ archive [/dev/full].\n"
               "       | ERR |Error code: -1\n",
               Reported());
+}
+
+// The disk is full for a moment only, and the data's memory is gone by the time the archive is closed.
+TEST_F(ZipWriter, DataThatFailedIsNotReadAgain)
+{
+    const std::string noise = Noise(kMebibyte);
+    void* const pages =
+        ::mmap(nullptr, kMebibyte, PROT_READ | PROT_WRITE, MAP_PRIVATE | MAP_ANONYMOUS, -1, 0);
+    ASSERT_NE(MAP_FAILED, pages);
+    std::memcpy(pages, noise.data(), kMebibyte);
+    {
+        util::zip_writer_t writer(m_name, 9);
+        const file_size_limit_t full(0);
+        EXPECT_THROW(writer.write(pages, kMebibyte), posix::errno_exc_t);
+        ASSERT_EQ(0, ::munmap(pages, kMebibyte));
+    }
+    EXPECT_EQ("", Reported());
 }
 
 // Two GiB at once are refused before a byte of them is read. From then on the archive takes nothing more.
