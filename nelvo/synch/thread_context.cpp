@@ -17,13 +17,15 @@ using lock_t = boost::lock_guard<boost::recursive_mutex>;
 using slot_t = boost::thread_specific_ptr<SSmartPointerContainer>;
 
 // Never destroyed: calls may come as late as they like. A full table of exit handlers leaves the context of
-// the exiting thread to the end of the process.
+// the exiting thread to the end of the process. The handler comes second: without a slot, for want of memory,
+// it would try to make one at exit, where the failure ends the process.
 slot_t& Slot()
 {
     static slot_t& slot = []() -> slot_t&
     {
+        slot_t& made = *new slot_t;
         static_cast<void>(std::atexit([] { Slot().reset(); }));
-        return *new slot_t;
+        return made;
     }();
     return slot;
 }
