@@ -1,8 +1,9 @@
-"""Runs the real tool under system faults and judges every run:  campaign.py [--quick] [STAGE...]
+"""Runs the real tool under system faults and judges every run:  campaign.py [--quick] [STAGE[/PATTERN]...]
 
-    campaign.py --list            the stages
-    campaign.py --replay ID       one case alone, with all that it showed
-    campaign.py --quick           a part of every stage's cases
+    campaign.py --list                   the stages
+    campaign.py --replay ID              one case alone, with all that it showed
+    campaign.py --quick                  a part of every stage's cases
+    campaign.py 'syscalls/*/write/*'     the cases with such an id
 
 Called by script/faults, which builds what this needs. Root only: every worker has a private machine of its own (see
 machine.py), so that nothing of the machine itself is touched. A table goes to standard output, and all results to
@@ -17,6 +18,7 @@ A stage is a module with
 import argparse
 import concurrent.futures
 import dataclasses
+import fnmatch
 import json
 import multiprocessing
 import os
@@ -43,8 +45,8 @@ LOSSES = pathlib.Path(__file__).with_name("expected_loss.json")
 PLANTED = "syscalls/agent-file/write/log/1/ENOSPC/once"
 
 
-def stage_of(case_id):
-    return STAGES[case_id.split("/")[0]]
+def stage_name(case_id):
+    return case_id.split("/")[0]
 
 
 def replay_command(case_id):
@@ -56,7 +58,7 @@ def plan_stage(name, quick):
 
 
 def run_case(case, losses):
-    return stage_of(case.id).run(case, losses)
+    return STAGES[stage_name(case.id)].run(case, losses)
 
 
 def _run_all(cases, losses):
@@ -104,11 +106,14 @@ class Campaign:
         self.used = set()
         self.tallies = {}
 
-    def run_stage(self, name, quick):
+    def run_stage(self, wanted, quick):
         begin = time.monotonic()
+        name = stage_name(wanted)
         plan = self.pool.submit(plan_stage, name, quick).result()
+        if "/" in wanted:
+            plan.cases = [case for case in plan.cases if fnmatch.fnmatchcase(case.id, wanted)]
         tally = self.tallies[name] = Tally(plan.counts, plan.skipped)
-        print(f"== {name}: {len(plan.cases)} cases", flush=True)
+        print(f"== {wanted}: {len(plan.cases)} cases", flush=True)
         chunks = [plan.cases[i:i + CHUNK] for i in range(0, len(plan.cases), CHUNK)]
         for done in self.pool.map(_run_all, chunks, [self.losses] * len(chunks)):
             for case_id, found in done:
@@ -119,7 +124,7 @@ class Campaign:
         tally.seconds = round(time.monotonic() - begin, 1)
 
     def find(self, case_id):
-        plan = self.pool.submit(plan_stage, case_id.split("/")[0], False).result()
+        plan = self.pool.submit(plan_stage, stage_name(case_id), False).result()
         return next((case for case in plan.cases if case.id == case_id), None)
 
     def replay(self, case_id):
@@ -168,7 +173,7 @@ def run_campaign(campaign, names, quick):
         campaign.run_stage(name, quick)
     if syscall_sweep.NAME in names and not campaign.planted_loss_is_reported():
         errors.append("a planted loss was not reported")
-    if not quick and len(names) == len(STAGES):
+    if not quick and sorted(names) == sorted(STAGES):
         errors += [f"never matched in expected_loss.json: {entry['name']}"
                    for entry in campaign.losses if entry["name"] not in campaign.used]
     write_results(campaign, errors)
@@ -180,14 +185,14 @@ def run_campaign(campaign, names, quick):
 
 def parse_arguments():
     parser = argparse.ArgumentParser(prog="faults")
-    parser.add_argument("stages", nargs="*", metavar="STAGE")
+    parser.add_argument("stages", nargs="*", metavar="STAGE[/PATTERN]")
     parser.add_argument("--quick", action="store_true")
     parser.add_argument("--list", action="store_true")
     parser.add_argument("--replay", metavar="ID")
     arguments = parser.parse_args()
-    for name in arguments.stages + ([arguments.replay.split("/")[0]] if arguments.replay else []):
-        if name not in STAGES:
-            parser.error(f"there is no stage {name}")
+    for wanted in arguments.stages + ([arguments.replay] if arguments.replay else []):
+        if stage_name(wanted) not in STAGES:
+            parser.error(f"there is no stage {stage_name(wanted)}")
     return arguments
 
 

@@ -13,6 +13,7 @@ and it ends with the worker. After enter() every path is one of the private mach
 import contextlib
 import ctypes
 import dataclasses
+import functools
 import gzip
 import os
 import pathlib
@@ -146,15 +147,14 @@ def enter(empty_folder, build):
     os.chdir("/")
 
 
-def record_order(text):
-    """The 16 bytes of an id as firmware tables from version 2.6 on hold it."""
-    digits = bytes.fromhex(text.strip("{}").replace("-", ""))
-    return digits[3::-1] + digits[5:3:-1] + digits[7:5:-1] + digits[8:]
+def _plain_digits(text):
+    return text.strip("{}").replace("-", "")
 
 
-def swapped(text):
-    """An id as the firmware has to show it for the tool to print this one."""
-    digits = record_order(text).hex()
+def firmware_text(text):
+    """An id as sysfs has to show it for the tool to print this one: the first three groups turned round."""
+    raw = bytes.fromhex(_plain_digits(text))
+    digits = (raw[3::-1] + raw[5:3:-1] + raw[7:5:-1] + raw[8:]).hex()
     return "-".join((digits[:8], digits[8:12], digits[12:16], digits[16:20], digits[20:]))
 
 
@@ -179,7 +179,7 @@ def _head(line):
 # pieces, and few, long lines, so that packing it is quick.
 OLD_LINES = _head("an earlier run") + _head("and its end")
 _NOISE = "".join(_head(zlib.crc32(str(i).encode()).to_bytes(4, "little").hex() * 2) for i in range(4000))
-BIG_LOG = (OLD_LINES + _NOISE + "".join(_head(f"{i} " + "x" * 1000000) for i in range(16)))
+BIG_LOG = (OLD_LINES + _NOISE + "".join(_head(f"{i} " + "x" * 1000000) for i in range(16))).encode()
 OLD_ARCHIVES = {LOG + ".gz": _head("the newest archive"), "/work/nelvoagentid.10.log.gz": _head("the oldest archive")}
 _PACKED_ARCHIVES = {path: gzip.compress(text.encode()) for path, text in OLD_ARCHIVES.items()}
 
@@ -206,11 +206,10 @@ def reset(scenario):
     if "agent_file" in scenario.sources:
         _write(AGENT_FILE, scenario.sources["agent_file"])
     if "sysfs" in scenario.sources:
-        _write(SYSFS, swapped(scenario.sources["sysfs"]) + "\n")
+        _write(SYSFS, firmware_text(scenario.sources["sysfs"]) + "\n")
     if "dmidecode" in scenario.sources:
         # The tool prints the bytes in the order of the table.
-        id_bytes = bytes.fromhex(scenario.sources["dmidecode"].strip("{}").replace("-", ""))
-        entry, structures = _firmware_table(id_bytes)
+        entry, structures = _firmware_table(bytes.fromhex(_plain_digits(scenario.sources["dmidecode"])))
         _write("/sys/firmware/dmi/tables/smbios_entry_point", entry)
         _write("/sys/firmware/dmi/tables/DMI", structures)
         os.symlink("/usr/sbin/dmidecode", "/fake/dmidecode")
@@ -287,11 +286,10 @@ def _read(path):
         return file.read()
 
 
-def _unpack(path):
+@functools.lru_cache(maxsize=8)
+def _unpack(packed):
     """The bytes that can be unpacked, and whether that is all."""
     unpacker = zlib.decompressobj(31)
-    with open(path, "rb") as file:
-        packed = file.read()
     try:
         content = unpacker.decompress(packed)
     except zlib.error:
@@ -311,7 +309,7 @@ def look():
             if name.endswith(".log"):
                 found.logs[path] = pathlib.Path(path).read_bytes()
             elif ".gz" in name:
-                found.archives[path], whole = _unpack(path)
+                found.archives[path], whole = _unpack(pathlib.Path(path).read_bytes())
                 if not whole:
                     found.broken.append(path)
     return found

@@ -1,6 +1,6 @@
 // Stands between the tool and the C library and makes one of the tool's calls fail. The faults are those that
-// an injected system call error would distort, because the call itself has to happen all the same, or that are
-// no system call's. Which one is told by the variable FAULT, and calls count from the first geteuid:
+// an injected system call error would distort, because the call itself has to happen all the same, or that
+// are no system call's. Which one is told by the variable FAULT, and calls count from the first geteuid:
 //
 //   alloc:0:17:once     the 17th allocation by malloc, calloc or realloc finds no memory
 //   alloc:0:17:on       nor does any later one
@@ -22,9 +22,11 @@
 #include <unistd.h>
 
 // The C library's own names for its allocator.
-extern "C" void* __libc_malloc(std::size_t size) noexcept;                     // NOLINT(bugprone-reserved-identifier)
-extern "C" void* __libc_calloc(std::size_t count, std::size_t size) noexcept;  // NOLINT(bugprone-reserved-identifier)
-extern "C" void* __libc_realloc(void* memory, std::size_t size) noexcept;      // NOLINT(bugprone-reserved-identifier)
+extern "C" void* __libc_malloc(std::size_t size) noexcept; // NOLINT(bugprone-reserved-identifier)
+extern "C" void* __libc_calloc(std::size_t count,
+                               std::size_t size) noexcept; // NOLINT(bugprone-reserved-identifier)
+extern "C" void* __libc_realloc(void* memory,
+                                std::size_t size) noexcept; // NOLINT(bugprone-reserved-identifier)
 
 namespace
 {
@@ -101,8 +103,7 @@ __attribute__((constructor)) void ReadFault()
     g_counting = std::strcmp(fault, "count") == 0;
     char error[16] = "";
     char repeat[16] = "";
-    if (!g_counting &&
-        std::sscanf(fault, "%15[^:]:%15[^:]:%ld:%15s", g_call, error, &g_when, repeat) != 4)
+    if (!g_counting && std::sscanf(fault, "%15[^:]:%15[^:]:%ld:%15s", g_call, error, &g_when, repeat) != 4)
         std::abort();
     g_error = std::strcmp(error, "short") == 0 ? kShort : std::atoi(error);
     g_from_then_on = std::strcmp(repeat, "on") == 0;
