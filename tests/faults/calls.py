@@ -54,6 +54,15 @@ def _argument_path(name, arguments):
     return match[1] if match else ""
 
 
+def _in_context(target, phase, earlier):
+    """The agent file is read and stored; an archive ends when the log has been cut."""
+    if target == "agent-file" and phase == "generate":
+        return "stored-file"
+    if target == "archive" and any(call.name == "ftruncate" for call in earlier):
+        return "archive-end"
+    return target
+
+
 def _phase_after(phase, text):
     for begin, following in _PHASE_AFTER:
         if re.search(r"agentid\|\s+" + re.escape(begin), text):
@@ -77,9 +86,7 @@ def traced(scenario):
         if not calls and name != "geteuid":
             continue
         target = target_of(_argument_path(name, line[len(name) + 1:]))
-        if target == "agent-file" and phase == "generate":
-            target = "stored-file"
-        calls.append(Call(name, numbers[name], target, phase))
+        calls.append(Call(name, numbers[name], _in_context(target, phase, calls), phase))
         if name == "write" and target == "log":
             written.append(line)
             phase = _phase_after(phase, line)
@@ -98,9 +105,7 @@ def preloaded(scenario, written):
         name, _, path = line.partition(" ")
         numbers[name] = numbers.get(name, 0) + 1
         target = target_of(path)
-        if target == "agent-file" and phase == "generate":
-            target = "stored-file"
-        calls.append(Call(name, numbers[name], target, phase))
+        calls.append(Call(name, numbers[name], _in_context(target, phase, calls), phase))
         if name == "write" and target == "log":
             phase = _phase_after(phase, next(written))
     return calls

@@ -149,18 +149,18 @@ def prescribed_answers(sources, hits):
     yield "fresh"
 
 
-def _broken_off(steps, err, ended_by_signal):
+def _broken_off(case, steps, run):
     """The ways of a run that did not end well: steps up to where it can have ended."""
-    steps = list(steps)
+    steps, err = list(steps), run.err
     begin = next(i for i, step in enumerate(steps) if step.text == re.escape(_SCOPE))
     end = next(i for i, step in enumerate(steps) if i > begin and step.indent == 0 and not step.mark)
     least = 0
-    if err.endswith(_NOT_PRINTED):
+    if run.status == 1 and (err.endswith(_NOT_PRINTED) or case.mute):
         least = len(steps)
     elif any(text in err for text in _NOT_STORED):
         least = next((i + 1 for i, step in enumerate(steps) if step.text == re.escape(_GENERATE)), len(steps))
     for count in range(least, len(steps) + 1):
-        inside = begin < count <= end and not ended_by_signal
+        inside = begin < count <= end and run.status == 1
         yield steps[:count] + ([_plain(_SCOPE + " Failed.")] if inside else [])
 
 
@@ -333,7 +333,7 @@ class Judge:
             return
         for answer in prescribed_answers(self.sources, self.case.hits):
             id_text = re.escape(self.sources[answer]) if answer in self.sources else ID
-            yield from _broken_off(way(self.case, self.sources, answer, id_text), run.err, run.status < 0)
+            yield from _broken_off(self.case, way(self.case, self.sources, answer, id_text), run)
 
     def new_texts(self):
         """What the run added to the logs; says what of the old text is gone."""
