@@ -332,6 +332,32 @@ class Fuzz(Commands):
         self.assertEqual(["kept", "new"], sorted(os.listdir(self.path("fuzz", "corpus", "a"))))
 
 
+class Faults(Commands):
+    def setUp(self):
+        notes = "#!/bin/sh\n" + NOTES
+        self.command = self.make("faults", {"script/bootstrap": notes, "script/configure": notes},
+                                 {"cmake": NOTES + "echo building\n", "python3": NOTES + "echo table; exit 3\n",
+                                  "id": "echo 0\n"})
+
+    CAMPAIGN = "python3 -B tests/faults/campaign.py"
+    BUILD = ["bootstrap ", "configure release",
+             "cmake --build --preset release --target nelvoagentid nelvo_fault_programs"]
+
+    def test_builds_and_ends_as_the_campaign_does(self):
+        result, calls = self.run_command(self.command, "--replay", "a/b c")
+        self.assertEqual([*self.BUILD, self.CAMPAIGN + " --replay a/b c"], calls)
+        self.assertEqual((3, "table\n", "building\n"), (result.returncode, result.stdout, result.stderr))
+
+    def test_runs_nothing_when_the_build_fails(self):
+        self.become(cmake=NOTES + "exit 1\n")
+        result, calls = self.run_command(self.command)
+        self.assertEqual((1, self.BUILD), (result.returncode, calls))
+
+    def test_becomes_root_by_sudo(self):
+        self.become(id="echo 1000\n", sudo='echo "sudo $*" >> "$CALLS"\n')
+        self.assertEqual([*self.BUILD, f"sudo {self.CAMPAIGN} --quick"], self.run_command(self.command, "--quick")[1])
+
+
 class Lint(Commands):
     def setUp(self):
         notes = "#!/bin/sh\n" + NOTES

@@ -1,7 +1,7 @@
 """What one faultless run of the tool does: its system calls, and the calls that the preloaded library sees.
 
-Each call has a target, what it is about, and a phase: "start", the source that is asked, "end" after an answer, or
-"generate" when there was none. The log's own lines tell where one phase ends and the next begins.
+Each call has a target, what it is about, and a phase: "start", the source that is asked, "end" after an answer,
+or "generate" when there was none. The log's own lines tell where one phase ends and the next begins.
 """
 
 import dataclasses
@@ -71,7 +71,7 @@ def _phase_after(phase, text):
 
 
 def traced(scenario):
-    """The tool's own system calls from its first geteuid on, and the texts that it wrote to the log, in order."""
+    """The tool's own system calls from its first geteuid on, and its writes to the log, in order."""
     machine.reset(scenario)
     run = machine.run_tool(strace=["-y", "-s", "400", "-o", "/out/trace"])
     if run.status != 0:

@@ -5,9 +5,9 @@
     campaign.py --quick                  a part of every stage's cases
     campaign.py 'syscalls/*/write/*'     the cases with such an id
 
-Called by script/faults, which builds what this needs. Root only: every worker has a private machine of its own (see
-machine.py), so that nothing of the machine itself is touched. A table goes to standard output, and all results to
-build/faults/results.json. The status is 1 if any case failed.
+Called by script/faults, which builds what this needs. Root only: every worker has a private machine of its own
+(see machine.py), so that nothing of the machine itself is touched. A table goes to standard output, and all
+results to build/faults/results.json. The status is 1 if any case failed.
 
 A stage is a module with
     NAME                    the first part of its cases' ids
@@ -61,8 +61,7 @@ def run_case(case, losses):
     return STAGES[stage_name(case.id)].run(case, losses)
 
 
-def _run_all(cases, losses):
-    """In a worker: a chunk of cases, so that losses and answers travel together."""
+def run_chunk(cases, losses):
     return [(case.id, run_case(case, losses)) for case in cases]
 
 
@@ -115,7 +114,7 @@ class Campaign:
         tally = self.tallies[name] = Tally(plan.counts, plan.skipped)
         print(f"== {wanted}: {len(plan.cases)} cases", flush=True)
         chunks = [plan.cases[i:i + CHUNK] for i in range(0, len(plan.cases), CHUNK)]
-        for done in self.pool.map(_run_all, chunks, [self.losses] * len(chunks)):
+        for done in self.pool.map(run_chunk, chunks, [self.losses] * len(chunks)):
             for case_id, found in done:
                 self.used |= found.used
                 tally.add(case_id, found)
@@ -167,6 +166,11 @@ def write_results(campaign, errors):
                                   indent=1) + "\n", encoding="utf-8")
 
 
+def unused_entries(losses, used):
+    return [f"never matched in expected_loss.json: {entry['name']}"
+            for entry in losses if entry["name"] not in used]
+
+
 def run_campaign(campaign, names, quick):
     errors = []
     for name in names:
@@ -174,8 +178,7 @@ def run_campaign(campaign, names, quick):
     if syscall_sweep.NAME in names and not campaign.planted_loss_is_reported():
         errors.append("a planted loss was not reported")
     if not quick and sorted(names) == sorted(STAGES):
-        errors += [f"never matched in expected_loss.json: {entry['name']}"
-                   for entry in campaign.losses if entry["name"] not in campaign.used]
+        errors += unused_entries(campaign.losses, campaign.used)
     write_results(campaign, errors)
     show_table(campaign.tallies)
     for error in errors:

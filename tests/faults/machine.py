@@ -1,8 +1,8 @@
 """A private machine for one worker, and runs of the tool on it.
 
-The worker enters a mount namespace of its own and changes its root to a tmpfs there: /etc, /sys, /tmp, /fake, /work
-and /out hold only what a scenario puts there, beside the real /usr and /proc. Nothing of it is seen from outside,
-and it ends with the worker. After enter() every path is one of the private machine:
+The worker enters a mount namespace of its own and changes its root to a tmpfs there: /etc, /sys, /tmp, /fake,
+/work and /out hold only what a scenario puts there, beside the real /usr and /proc. Nothing of it is seen from
+outside, and it ends with the worker. After enter() every path is one of the private machine:
 
     machine.enter(empty_folder, build)
     machine.reset(machine.SCENARIOS["sysfs"])
@@ -54,7 +54,7 @@ class Scenario:
     """What stands on the machine before a run. Sources are asked in the order agent_file, dmidecode, sysfs."""
 
     name: str
-    sources: dict = dataclasses.field(hash=False)  # the id that each source answers with; a source that is missing here has none
+    sources: dict = dataclasses.field(hash=False)  # the id that each source answers with, of those that have one
     big_log: bool = False  # a log over the size limit, with the newest and the oldest archive beside it
 
 
@@ -180,7 +180,8 @@ def _head(line):
 OLD_LINES = _head("an earlier run") + _head("and its end")
 _NOISE = "".join(_head(zlib.crc32(str(i).encode()).to_bytes(4, "little").hex() * 2) for i in range(4000))
 BIG_LOG = (OLD_LINES + _NOISE + "".join(_head(f"{i} " + "x" * 1000000) for i in range(16))).encode()
-OLD_ARCHIVES = {LOG + ".gz": _head("the newest archive"), "/work/nelvoagentid.10.log.gz": _head("the oldest archive")}
+OLD_ARCHIVES = {LOG + ".gz": _head("the newest archive"),
+                "/work/nelvoagentid.10.log.gz": _head("the oldest archive")}
 _PACKED_ARCHIVES = {path: gzip.compress(text.encode()) for path, text in OLD_ARCHIVES.items()}
 
 
@@ -222,8 +223,8 @@ def reset(scenario):
 def run_tool(strace=None, preload=None, options=(), stdout=None, environment=None, limit=TIME_LIMIT):
     """Runs the tool in /work and waits for it and for all that it started.
 
-    strace: options for a strace that follows the tool alone, not its children; preload: the fault for the preloaded
-    library, in its own words. stdout: an open file in the place of the kept output; it is kept open.
+    strace: options for a strace that follows the tool alone, not its children. preload: the fault for the
+    preloaded library, in its own words. stdout: an open file in the place of the kept output; it is kept open.
     """
     variables = {"PATH": "/fake:/usr/bin:/bin", **(environment or {})}
     command = [TOOL, *options]

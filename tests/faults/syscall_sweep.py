@@ -1,8 +1,8 @@
 """Fails each system call of the tool with each plausible error, once and from then on.
 
-One traced run of a scenario names the calls; the calls of the programs that the tool starts are not touched. strace
-brings the errors about in the place of the calls. What that would distort, the preloaded library does, or it is left
-out with the reason.
+One traced run of a scenario names the calls; the calls of the programs that the tool starts are not touched.
+strace brings the errors about in the place of the calls. What that would distort, the preloaded library does, or
+it is left out with the reason.
 """
 
 import errno
@@ -82,7 +82,7 @@ def _demands(call, error):
 
 
 def _case(scenario, call, error, mode, later, possible):
-    """later: the calls of this name from this one on; possible: the sources that such a call may hit in any run."""
+    """later: the calls of this name from this one on; possible: the sources that one may hit in any run."""
     failing = [call] if mode == "once" else later
     hits = {_hits(each) for each in failing} - {None}
     if hits and mode == "on":

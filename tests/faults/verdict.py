@@ -1,7 +1,7 @@
 """Judges a run of the tool: what its caller saw, the agent file, and the log.
 
-A run's log is held against the lines that its way through the sources prescribes. What is missing must be allowed by
-an entry of expected_loss.json:
+A run's log is held against the lines that its way through the sources prescribes. What is missing must be allowed
+by an entry of expected_loss.json:
 
     {"name": ..., "faults": [patterns of case ids], "loses": [kinds], "reason": ...}
 
@@ -17,7 +17,6 @@ with these kinds:
 import dataclasses
 import fnmatch
 import json
-import os
 import re
 import signal
 
@@ -34,6 +33,7 @@ _NOT_STORED = ("Failed to open file [/etc/nelvoagentid].\n", "Failed to create d
                "Failed to get file system object info: '/etc'")
 _OLDEST_ARCHIVE = "/work/nelvoagentid.10.log.gz"
 
+KINDS = {"message", "rest", "log", "torn", "old text", "archive"}
 SOURCES = ("agent_file", "dmidecode", "sysfs")
 _PLACES = {"agent_file": "in agent file", "dmidecode": "by dmidecode", "sysfs": "in sysfs"}
 _FILES = {"agent_file": machine.AGENT_FILE, "sysfs": machine.SYSFS}
@@ -326,7 +326,7 @@ class Judge:
         run = self.run
         if run.status == 0:
             if self.answer is not None:
-                yield list(way(self.case, self.sources, self.answer, ID))
+                yield list(way(self.case, self.sources, self.answer, re.escape(run.out.splitlines()[-1])))
             return
         if run.status == 1 and run.err.endswith(_NOT_STARTED):
             yield []
