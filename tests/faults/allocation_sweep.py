@@ -8,10 +8,10 @@ NAME = "allocations"
 
 
 def _hits(phase, mode):
-    if phase not in calls.SOURCES:
-        return frozenset() if mode == "once" or phase != "start" else frozenset(calls.SOURCES)
-    first = calls.SOURCES.index(phase)
-    return frozenset(calls.SOURCES[first:] if mode == "on" else (phase,))
+    if phase not in machine.SOURCES:
+        return frozenset() if mode == "once" or phase != "start" else frozenset(machine.SOURCES)
+    first = machine.SOURCES.index(phase)
+    return frozenset(machine.SOURCES[first:] if mode == "on" else (phase,))
 
 
 def _cases(scenario, seen):

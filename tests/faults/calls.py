@@ -10,7 +10,6 @@ import re
 
 import machine
 
-SOURCES = ("agent_file", "dmidecode", "sysfs")
 _PHASE_AFTER = (("Looking for existed agentId", "agent_file"),
                 ("Existed agentId was not found in agent file", "dmidecode"),
                 ("Existed agentId was not found by dmidecode", "sysfs"),
@@ -24,7 +23,6 @@ _TARGETS = ((re.compile(r"nelvoagentid(\.\d+)?\.log$"), "log"),
             (re.compile(r"^/out/stdout$"), "stdout"),
             (re.compile(r"^/etc/localtime$"), "time-zone"),
             (re.compile(r"^/etc$"), "etc"))
-_TRACED = re.compile(r"(\w+)\((.*)\) += .*")
 _DESCRIPTOR = re.compile(r"\d+<([^>]*)>")
 _PATH = re.compile(r'"([^"]*)"')
 _BY_PATH = {"newfstatat", "openat", "readlink", "rename", "unlink", "unlinkat", "mkdir", "statfs", "access"}

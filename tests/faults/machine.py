@@ -33,6 +33,7 @@ LOG = "/work/nelvoagentid.log"
 FALLBACK_FOLDER = "/tmp/NelvoBackup"
 CALLS = "/out/calls"
 
+SOURCES = ("agent_file", "dmidecode", "sysfs")  # as they are asked
 AGENT_ID = "{a0a1a2a3-a4a5-46a7-88a9-aaabacadaeaf}"
 DMIDECODE_ID = "{d0d1d2d3-d4d5-46d7-88d9-dadbdcdddedf}"
 SYSFS_ID = "{f0f1f2f3-f4f5-46f7-88f9-fafbfcfdfeff}"
@@ -51,7 +52,7 @@ _libc = ctypes.CDLL(None, use_errno=True)
 
 @dataclasses.dataclass(frozen=True)
 class Scenario:
-    """What stands on the machine before a run. Sources are asked in the order agent_file, dmidecode, sysfs."""
+    """What stands on the machine before a run."""
 
     name: str
     sources: dict = dataclasses.field(hash=False)  # the id that each source answers with, of those that have one

@@ -47,11 +47,10 @@ LEFT_OUT = {
     "prlimit64": "asking for one's own limits cannot fail",
     "rt_sigprocmask": "cannot fail with the C library's own arguments",
 }
-LOOPS = {
-    "read": "EINTR for ever: reading is retried for as long as it is interrupted",
-    "wait4": "EINTR for ever: pclose waits for as long as it is interrupted",
-    "write": "EINTR for ever: writing is retried for as long as it is interrupted",
-}
+# What is retried for as long as it is interrupted, by the files of the library and of the C++ library, and by pclose.
+LOOPING_TARGETS = {"read": {"agent-file", "log", "sysfs"}, "wait4": {"process"}, "write": {"log", "stored-file"}}
+LOOPS = {f"{name} of {target}, EINTR from then on": "is retried for as long as it is interrupted"
+         for name, targets in LOOPING_TARGETS.items() for target in sorted(targets)}
 SHORT_LEFT_OUT = {
     "read of the pipe": "a short count from the C library's own stream; its next call reads on",
     "write of standard output": "a short count from the C library's own stream; it writes on by itself",
@@ -63,7 +62,7 @@ _HARMLESS_TARGETS = {"log", "stdout", "time-zone"}
 
 def _hits(call):
     """The source that gives no id because this call failed, if it is one of a source's."""
-    if call.phase not in calls.SOURCES or call.name not in _HITS_A_SOURCE or call.target in _HARMLESS_TARGETS:
+    if call.phase not in machine.SOURCES or call.name not in _HITS_A_SOURCE or call.target in _HARMLESS_TARGETS:
         return None
     # The stream does without knowing what its pipe is.
     if call.name == "newfstatat" and call.target == "pipe":
@@ -86,8 +85,8 @@ def _case(scenario, call, error, mode, later, possible):
     failing = [call] if mode == "once" else later
     hits = {_hits(each) for each in failing} - {None}
     if hits and mode == "on":
-        first = min(calls.SOURCES.index(source) for source in hits)
-        hits |= {source for source in possible if calls.SOURCES.index(source) > first}
+        first = min(machine.SOURCES.index(source) for source in hits)
+        hits |= {source for source in possible if machine.SOURCES.index(source) > first}
     return verdict.Case(
         id=f"{NAME}/{scenario.name}/{call.name}/{call.target}/{call.number}/{error}/{mode}",
         scenario=scenario.name,
@@ -100,6 +99,14 @@ def _case(scenario, call, error, mode, later, possible):
         random=call.name != "getrandom")
 
 
+def _loops(scenario, later):
+    """Whether one of these calls is retried; a source that is asked after the pipe is among them."""
+    targets = {call.target for call in later}
+    if "pipe" in targets and "sysfs" in scenario.sources:
+        targets.add("sysfs")
+    return not targets.isdisjoint(LOOPING_TARGETS.get(later[0].name, ()))
+
+
 def _strace_cases(scenario, own, possible):
     for call in own:
         if call.name in LEFT_OUT:
@@ -107,7 +114,7 @@ def _strace_cases(scenario, own, possible):
         later = [each for each in own if each.name == call.name and each.number >= call.number]
         for error in ERRORS[call.name].split():
             for mode in ("once", "on"):
-                if not (mode == "on" and error == "EINTR" and call.name in LOOPS):
+                if not (mode == "on" and error == "EINTR" and _loops(scenario, later)):
                     yield _case(scenario, call, error, mode, later, possible.get(call.name, set()))
 
 

@@ -34,7 +34,6 @@ _NOT_STORED = ("Failed to open file [/etc/nelvoagentid].\n", "Failed to create d
 _OLDEST_ARCHIVE = "/work/nelvoagentid.10.log.gz"
 
 KINDS = {"message", "rest", "log", "torn", "old text", "archive"}
-SOURCES = ("agent_file", "dmidecode", "sysfs")
 _PLACES = {"agent_file": "in agent file", "dmidecode": "by dmidecode", "sysfs": "in sysfs"}
 _FILES = {"agent_file": machine.AGENT_FILE, "sysfs": machine.SYSFS}
 _SCOPE = "Looking for existed agentId"
@@ -128,7 +127,7 @@ def way(case, sources, answer, id_text):
     yield _plain("/" * 74)
     yield _plain(f"name: {machine.TOOL}")
     yield _plain(_SCOPE)
-    for source in SOURCES:
+    for source in machine.SOURCES:
         if source == answer:
             yield _plain(f"Existed agentId found {_PLACES[source]}")
             break
@@ -141,7 +140,7 @@ def way(case, sources, answer, id_text):
 
 def prescribed_answers(sources, hits):
     """The sources that may answer, in their order: each with an id, up to the first that is not hit."""
-    for source in SOURCES:
+    for source in machine.SOURCES:
         if source in sources:
             yield source
             if source not in hits:
