@@ -63,14 +63,19 @@ bool TakeFirmwareId(const Guid& id, Guid& out)
     return true;
 }
 
-// What becomes of the write is not examined: the run goes on as a success, and the next one finds no id.
-// Kept: AgentFile.FailedWriteIsNotNoticed
+// Opening empties the file, so the text and the stream's buffer stand before: a run short of memory leaves
+// what was there. What becomes of the write is not examined: the run goes on as a success, and the next one
+// finds no id. Kept: AgentFile.FailedWriteIsNotNoticed
 void StoreAgentId(const Guid& id)
 {
-    std::ofstream file(kAgentFile, std::ios::out | std::ios::trunc);
+    const std::string text = id.ToString();
+    char buffer[64];
+    std::ofstream file;
+    file.rdbuf()->pubsetbuf(buffer, sizeof(buffer));
+    file.open(kAgentFile, std::ios::out | std::ios::trunc);
     if (file.fail())
         throw exc::runtime_exc_t("Failed to open file [%1].", kAgentFile);
-    file << id.ToString();
+    file << text;
 }
 
 Guid MakeAndStoreAgentId()

@@ -319,6 +319,14 @@ TEST(AgentFile, FailedWriteLeavesTheNextRunWithoutId)
     EXPECT_EQ(0, run.status);
 }
 
+// Its text and the stream's memory are there before the file is.
+TEST(AgentFile, IsNotLeftEmptyForWantOfMemory)
+{
+    machine_t machine;
+
+    EXPECT_THAT(machine.RunShortOfMemory(), Prints("38\nabsent\n"));
+}
+
 namespace
 {
 

@@ -21,6 +21,7 @@ namespace
 
 const char kTool[] = "/tool/nelvoagentid";
 const char kAskSource[] = "/tool/ask_source";
+const char kShortOfMemory[] = "/tool/short_of_memory";
 const char kShell[] = "/usr/bin/sh";
 const char kWorkFolder[] = "/work";
 const char kSearchPath[] = "/fake:/tool:/usr/bin:/bin";
@@ -144,6 +145,8 @@ run_t machine_t::Shell(const std::string& script) { return Start(kShell, {"sh", 
 
 run_t machine_t::Ask(const std::string& source) { return Start(kAskSource, {kAskSource, source}); }
 
+run_t machine_t::RunShortOfMemory() { return Start(kShortOfMemory, {m_name}); }
+
 bool machine_t::Exists(const std::string& path) const
 {
     struct stat info = {};
@@ -230,6 +233,7 @@ void machine_t::ShareSystem()
         BindFile(device, device);
     BindFile(NELVO_TOOL, kTool);
     BindFile(ASK_SOURCE, kAskSource);
+    BindFile(SHORT_OF_MEMORY, kShortOfMemory);
 }
 
 void machine_t::Script(const std::string& name, const std::string& script)

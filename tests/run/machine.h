@@ -74,6 +74,10 @@ public:
     // place of its answer. Prints "found " or "not found ", and the id that then stands there.
     run_t Ask(const std::string& source);
 
+    // Runs that run out of memory, each at another allocation: see short_of_memory.cpp. Prints what has been
+    // found in the place of the agent file.
+    run_t RunShortOfMemory();
+
     // What stands on the machine now.
     bool Exists(const std::string& path) const; // a link counts as it is
     std::string Read(const std::string& path) const;
