@@ -21,7 +21,7 @@ def _cases(scenario, seen):
         for mode in ("once", "on"):
             yield verdict.Case(id=f"{NAME}/{scenario.name}/{call.phase}/{call.number}/{mode}",
                                scenario=scenario.name, fault=f"alloc:0:{call.number}:{mode}",
-                               hits=_hits(call.phase, mode), store=call.phase == "generate")
+                               hits=_hits(call.phase, mode))
 
 
 def plan(quick):
