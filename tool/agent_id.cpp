@@ -63,11 +63,11 @@ bool TakeFirmwareId(const Guid& id, Guid& out)
     return true;
 }
 
-// Opening empties the file, so the text and the stream's buffer stand before: a run short of memory leaves
-// what was there. What becomes of the write is not examined: the run goes on as a success, and the next one
-// finds no id. Kept: AgentFile.FailedWriteIsNotNoticed
+// What becomes of the write is not examined: the run goes on as a success, and the next one finds no id.
+// Kept: AgentFile.FailedWriteIsNotNoticed
 void StoreAgentId(const Guid& id)
 {
+    // Opening empties the file, so all memory is taken before: a run short of it leaves what was there.
     const std::string text = id.ToString();
     char buffer[64];
     std::ofstream file;
