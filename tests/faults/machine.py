@@ -228,15 +228,14 @@ def run_tool(strace=None, preload=None, options=(), stdout=None, environment=Non
     preloaded library, in its own words. stdout: an open file in the place of the kept output; it is kept open.
     """
     variables = {"PATH": "/fake:/usr/bin:/bin", **(environment or {})}
-    command = [TOOL, *options]
     if preload is not None:
         variables |= {"LD_PRELOAD": PRELOAD, "FAULT": preload}
-    if strace is not None:
-        set_variables = [item for name, value in variables.items() for item in ("-E", f"{name}={value}")]
-        if not any(option == "-o" for option in strace):
-            set_variables += ["-o", "/dev/null"]
-        command = ["/usr/bin/strace", "-qq", *set_variables, *strace, *command]
-    return run_program(command, variables, stdout, limit)
+    command = [TOOL, *options]
+    if strace is None:
+        return run_program(command, variables, stdout, limit)
+    for_the_tool = [item for name, value in variables.items() for item in ("-E", f"{name}={value}")]
+    output = [] if "-o" in strace else ["-o", "/dev/null"]
+    return run_program(["/usr/bin/strace", "-qq", *for_the_tool, *output, *strace, *command], {}, stdout, limit)
 
 
 def run_program(command, variables, stdout=None, limit=TIME_LIMIT):
