@@ -20,7 +20,7 @@ UPSTAIRS = {
 }
 
 # Folders of tests/ whose tests are not about one component.
-OF_THEIR_OWN = ("tests/checks/", "tests/programs/", "tests/run/", "tests/support/")
+OF_THEIR_OWN = ("tests/checks/", "tests/faults/", "tests/programs/", "tests/run/", "tests/support/")
 
 _SUFFIX = "_test.cpp"
 
