@@ -32,6 +32,8 @@ namespace exc
 namespace
 {
 
+constexpr std::size_t kMostAround = 6; // a line feed and "--tr:"
+
 void AppendToTexts(const exc_entry_t& entry, bool first, std::string& marked_text, std::string& plain_text)
 {
     if (!first)
@@ -88,6 +90,10 @@ pthread_t exc_base_t::GetThreadId(const std::exception& exception)
 
 void exc_base_t::AddEntry(exc_entry_t entry)
 {
+    // The texts get their room first, so that lack of memory changes nothing.
+    const std::size_t more = kMostAround + entry.text.size();
+    m_marked_text.reserve(m_marked_text.size() + more);
+    m_plain_text.reserve(m_plain_text.size() + more);
     m_entries.push_back(std::move(entry));
     AppendToTexts(m_entries.back(), m_entries.size() == 1, m_marked_text, m_plain_text);
 }

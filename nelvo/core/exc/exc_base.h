@@ -111,7 +111,8 @@ public:
     // stay as they were.
     virtual void Translate(ITranslator& translator);
 
-    // Append one line. The plain form takes the text as it is, without substitution.
+    // Append one line, or throw std::bad_alloc and leave all lines as they were. The plain form takes the
+    // text as it is, without substitution.
     void AddMessage(std::string text);
     void AddMarkedMessage(std::string text);
 
