@@ -106,8 +106,10 @@ std::tm Parsed(const std::string& text, const std::string& format)
 {
     using facet_t = boost::posix_time::time_input_facet;
 
+    // Lives here and not by the locale's count, for which a locale that cannot be made would lose it.
+    facet_t facet(format, 1);
     std::istringstream stream(text);
-    stream.imbue(std::locale(std::locale::classic(), new facet_t(format)));
+    stream.imbue(std::locale(std::locale::classic(), &facet));
     boost::posix_time::ptime time;
     stream >> time;
     return boost::posix_time::to_tm(time);
