@@ -57,12 +57,14 @@ Number ParseNumber(std::basic_string_view<Char> text, int base, Number (*convert
     return number;
 }
 
-// The state of the stream is not looked at: it has left a 0 or the nearest value.
+// The state of the stream is not looked at: it has left a 0 or the nearest value. It throws std::bad_alloc,
+// which is no text without a number.
 template <class Number, class Char>
 Number Extract(std::basic_string_view<Char> text)
 {
     Number number = 0;
     std::basic_istringstream<Char> stream{std::basic_string<Char>(text)};
+    stream.exceptions(std::ios_base::badbit);
     stream >> number;
     return number;
 }

@@ -52,6 +52,7 @@ std::string SizeText(std::uint64_t bytes)
 
     // A stream, since std::to_chars of a floating point number would have each program load libm.
     std::ostringstream text;
+    text.exceptions(std::ios_base::badbit); // what runs out of memory must not end as half a text
     text.imbue(std::locale::classic());
     text << std::fixed << std::setprecision(3) << number << kUnits[unit];
     return text.str();
