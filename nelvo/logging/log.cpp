@@ -2,6 +2,7 @@
 
 #include <exception>
 #include <ios>
+#include <memory>
 #include <mutex>
 #include <utility>
 
@@ -117,7 +118,12 @@ std::int32_t log_t::get_indent() const
 void log_t::raise_indent()
 {
     if (m_indent.get() == nullptr)
-        m_indent.reset(new std::int32_t(0));
+    {
+        // The slot takes it over only when it has memory to keep it.
+        auto made = std::make_unique<std::int32_t>(0);
+        m_indent.reset(made.get());
+        static_cast<void>(made.release());
+    }
     ++*m_indent;
 }
 

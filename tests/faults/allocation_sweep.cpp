@@ -125,7 +125,8 @@ std::size_t RunOnce(const swept_operation_t& operation, std::size_t after, short
     const resources_t before = Resources();
     const std::size_t failed = ExpectActInShortage(operation, after, shortage);
     ExpectWork(operation);
-    EXPECT_TRUE(testing::Test::HasFailure() || before == Resources()) << before << "; " << Resources();
+    const resources_t after_it = Resources();
+    EXPECT_TRUE(testing::Test::HasFailure() || before == after_it) << before << "; " << after_it;
     return failed;
 }
 
