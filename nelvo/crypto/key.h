@@ -54,8 +54,8 @@ public:
     void Serialize(io::io_dev_t& stream) const;
 
     // Fails if type or size are cut off, with the marked context line "Failed to de-serialize encryption key
-    // from memory stream." Bytes that are missing are 0. The size is not limited (std::bad_alloc), and wiping
-    // takes memory for all of it.
+    // from memory stream." Bytes that are missing are 0. The size is not limited (std::bad_alloc), and those
+    // take no memory until they are written to.
     // Kept: Key.MissingBytesAreReadAsZeros
     static boost::shared_ptr<CKey> DeSerialize(io::io_dev_t& stream);
 

@@ -3,6 +3,7 @@
 // An allocator for secrets: memory that goes back to the heap holds zeros only. Any object serves any other's
 // memory, as with std::allocator.
 
+#include <algorithm>
 #include <cstddef>
 #include <cstdlib>
 #include <cstring> // explicit_bzero
@@ -11,6 +12,19 @@
 
 namespace crypto
 {
+
+// Makes all of a block zero, and writes to no piece of it that is zero already: memory that was never touched
+// is read at most, and the system need not find any for it.
+inline void WipeUsed(char* block, std::size_t size) noexcept
+{
+    static constexpr char kZeros[4096] = {};
+    for (std::size_t done = 0; done < size; done += sizeof(kZeros))
+    {
+        const std::size_t piece = std::min(sizeof(kZeros), size - done);
+        if (std::memcmp(block + done, kZeros, piece) != 0)
+            ::explicit_bzero(block + done, piece); // the compiler may not leave this out
+    }
+}
 
 template <class T>
 class sec_allocator_t

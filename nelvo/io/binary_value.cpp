@@ -54,19 +54,13 @@ void ReadInto(io_dev_t& stream, std::string& text)
     CheckReceived(stream.read(text.data(), length), length);
 }
 
-// Wipes what a block holds up to a size, and writes to nothing else: that would take memory for all that a
-// false length asks for.
+// Wipes what a block holds up to a size, and touches nothing else: that would take time for all that a false
+// length asks for.
 struct secret_deleter_t
 {
     void operator()(char* block) const noexcept
     {
-        static constexpr char kZeros[4096] = {};
-        for (std::size_t done = 0; done < size; done += sizeof(kZeros))
-        {
-            const std::size_t piece = std::min(sizeof(kZeros), size - done);
-            if (std::memcmp(block + done, kZeros, piece) != 0)
-                ::explicit_bzero(block + done, piece);
-        }
+        crypto::WipeUsed(block, size);
         crypto::sec_allocator_t<char>().deallocate(block, 0);
     }
 

@@ -157,7 +157,7 @@ Value ReadRawValue(io_dev_t& stream)
 }
 
 // An array of that size, whose memory is only touched as far as the bytes come; the wiping of a secure one,
-// in the end, touches all of it.
+// in the end, reads all of it.
 template <class Array>
 Array ReadRawArray(io_dev_t& stream, std::uint32_t size)
 {

@@ -51,9 +51,11 @@ struct heap_tt<crypto::sec_allocator_t<char>>
         }
         return grown;
     }
+    // A record may have asked for much more than came.
     static void Give(char* block, std::size_t size) noexcept
     {
-        crypto::sec_allocator_t<char>().deallocate(block, size);
+        crypto::WipeUsed(block, size);
+        crypto::sec_allocator_t<char>().deallocate(block, 0);
     }
 };
 

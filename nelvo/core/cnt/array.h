@@ -9,8 +9,8 @@
 //   bytes.resize(5);               // 78 00 00 00 00
 //
 // Memory that is new from the system is zero already: a large array that is used in part takes memory for
-// that part alone. Memory that the heap had before is cleared. What allocates throws std::bad_alloc, and the
-// array is unchanged then. Pointers into an array hold until it grows.
+// that part alone, also when it is wiped. Memory that the heap had before is cleared. What allocates throws
+// std::bad_alloc, and the array is unchanged then. Pointers into an array hold until it grows.
 
 #include <cstddef>
 #include <cstdint>
@@ -105,7 +105,7 @@ public:
         else if (size > this->size())
             std::memset(m_end, 0, size - this->size());
         else if (kSecret && size < this->size())
-            std::memset(m_begin + size, 0, this->size() - size);
+            crypto::WipeUsed(m_begin + size, this->size() - size);
         m_end = m_begin + size;
     }
 
