@@ -19,6 +19,7 @@
 #include "nelvo/logging/receiver/posix_log_file.h"
 #include "nelvo/logging/receiver/rotation.h"
 #include "nelvo/logging/receiver/zip_writer.h"
+#include "nelvo/monitoring/thread_registration.h"
 #include "tests/faults/allocation_sweep.h"
 #include "tests/faults/swept_log.h"
 #include "tests/support/private_disk.h"
@@ -52,7 +53,15 @@ protected:
     swept_log_t m_log;
 };
 
-using ScopeWithoutMemory = LogWithoutMemory;
+// On a thread that has a state, for the marks of its scopes.
+class ScopeWithoutMemory : public LogWithoutMemory
+{
+protected:
+    ScopeWithoutMemory() { m_log.Taken(); }
+
+private:
+    const CThreadMonitorRegistration m_registration{"a role", 0};
+};
 
 } // namespace
 

@@ -5,6 +5,7 @@
 #include <boost/make_shared.hpp>
 
 #include "nelvo/logging/log.h"
+#include "nelvo/logging/log_channel.h"
 #include "tests/support/lines_receiver.h"
 
 // The lines that the process log gets, while one lives.
@@ -25,8 +26,11 @@ public:
     }
 
 private:
+    // The log keeps the memory of its last message. It has some each time, whatever came before.
     void Renew()
     {
+        logging::GetProcessLog()->set_receiver(boost::make_shared<lines_receiver_t>());
+        logging::log_channel_t().info("A message for the sake of its memory.");
         m_receiver = boost::make_shared<lines_receiver_t>();
         logging::GetProcessLog()->set_receiver(m_receiver);
     }
