@@ -4,7 +4,6 @@
 #include <cstdint>
 #include <exception>
 #include <functional>
-#include <regex>
 #include <string>
 #include <string_view>
 #include <thread>
@@ -60,9 +59,17 @@ void OnItsOwnThread(const std::function<void()>& work)
         std::rethrow_exception(failure);
 }
 
+// Ids and ages become N.
 std::string WithoutNumbers(const std::string& text)
 {
-    return std::regex_replace(text, std::regex("[0-9]+"), "N");
+    std::string result;
+    for (const char c : text)
+    {
+        const bool is_digit = c >= '0' && c <= '9';
+        if (!is_digit || result.empty() || result.back() != 'N')
+            result += is_digit ? 'N' : c;
+    }
+    return result;
 }
 
 } // namespace
