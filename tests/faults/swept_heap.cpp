@@ -7,6 +7,8 @@
 #include <pthread.h>
 #include <unordered_set>
 
+#include "tests/support/failing_memory.h"
+
 // NOLINTBEGIN(bugprone-reserved-identifier,cert-dcl37-c,cert-dcl51-cpp): the linker's names.
 
 extern "C" void* __real_malloc(std::size_t size);
@@ -95,6 +97,9 @@ bool Forget(void* block)
 
 void BeginShortage(std::size_t after, shortage_t shortage, asking_t asking)
 {
+    // Not to have another fail, but to have the linker take this operator new, also where there is a
+    // sanitizer's.
+    HasAllocationFailed();
     g_after = after;
     g_shortage = shortage;
     g_asking = asking;
