@@ -9,6 +9,7 @@
 #include "tests/crypto/stored_parts.h"
 #include "tests/support/block_limit.h"
 #include "tests/support/golden.h"
+#include "tests/support/made_secret.h"
 #include "tests/support/thrown.h"
 
 using crypto::CAesKeyIVBlob;
@@ -16,19 +17,19 @@ using crypto::CAesKeyIVBlob;
 namespace
 {
 
-std::string Stored(const CAesKeyIVBlob& blob) { return Text(blob.ToBlob()); }
+std::string Stored(const CAesKeyIVBlob& blob) { return Hex(Text(blob.ToBlob())); }
 
-boost::shared_ptr<CAesKeyIVBlob> Read(const std::string& bytes)
+boost::shared_ptr<CAesKeyIVBlob> Read(std::string_view bytes)
 {
     return CAesKeyIVBlob::FromBlob(SharedSecure(bytes));
 }
 
 // The stored form of what is read.
-std::string Reread(const std::string& bytes) { return Hex(Stored(*Read(bytes))); }
+std::string Reread(std::string_view bytes) { return Stored(*Read(bytes)); }
 
 void CopyOne(io::io_dev_t& from, io::io_dev_t& to)
 {
-    std::string bytes(100, '\0');
+    wiped_bytes_t bytes(100, '\0');
     bytes.resize(from.read(bytes.data(), bytes.size()));
     const crypto::secure_array_t stored = Read(bytes)->ToBlob();
     to.write(stored.data(), stored.size());
@@ -42,8 +43,8 @@ TEST(AesKeyIVBlob, HasNoVirtualOperations) { EXPECT_FALSE(std::is_polymorphic_v<
 
 TEST(AesKeyIVBlob, SharesBothArrays)
 {
-    const auto key = SharedSecure("key");
-    const auto iv = SharedSecure("iv");
+    const auto key = SharedSecure(kSecret<'k'>);
+    const auto iv = SharedSecure(kSecret<'i'>);
     const CAesKeyIVBlob blob(key, iv);
     EXPECT_EQ(key->data(), blob.GetKeyBytes());
     EXPECT_EQ(iv->data(), blob.GetIvBytes());
@@ -52,7 +53,7 @@ TEST(AesKeyIVBlob, SharesBothArrays)
 
 TEST(AesKeyIVBlob, EmptyArraysHaveNoFirstByte)
 {
-    const auto emptied = SharedSecure("key");
+    const auto emptied = SharedSecure(kSecret<'k'>);
     emptied->resize(0);
     const CAesKeyIVBlob blob(emptied, emptied);
     EXPECT_EQ(nullptr, blob.GetKeyBytes());
@@ -65,61 +66,62 @@ TEST(AesKeyIVBlob, VectorNeedNotBeThere)
     EXPECT_EQ(nullptr, blob.GetIvBytes());
     EXPECT_EQ(nullptr, blob.GetIv());
     EXPECT_EQ("00 00 00 00 00 00 00 00 00 00 00 00 00 00 00 00 00 00 01 00 00 00 00 00 00 00 01",
-              Hex(Stored(blob)));
+              Stored(blob));
 }
 
 TEST(AesKeyIVBlob, StoredFormHasAHeadOf26Bytes)
 {
-    const CAesKeyIVBlob blob(SharedSecure(Unhex("1122334455667788")), SharedSecure(Unhex("a1a2a3a4")));
-    EXPECT_EQ(Hex(Golden("aes_key_iv_blob")), Hex(Stored(blob)));
-    EXPECT_EQ(26u + 8 + 4, Golden("aes_key_iv_blob").size());
+    const CAesKeyIVBlob blob(SharedSecure(kGoldenKey), SharedSecure(kGoldenVector));
+    EXPECT_EQ(Hex(SecretGolden("aes_key_iv_blob")), Stored(blob));
+    EXPECT_EQ(26u + 8 + 6, SecretGolden("aes_key_iv_blob").size());
 }
 
 TEST(AesKeyIVBlob, StoredFormOfNothingIsTheHead)
 {
-    EXPECT_EQ(kEmptyForm, Hex(Stored({SharedSecure(""), SharedSecure("")})));
+    EXPECT_EQ(kEmptyForm, Stored({SharedSecure(""), SharedSecure("")}));
 }
 
 TEST(AesKeyIVBlob, IsReadAsItWasWritten)
 {
-    const auto blob = Read(Golden("aes_key_iv_blob"));
-    EXPECT_EQ("11 22 33 44 55 66 77 88", Hex(std::string(blob->GetKeyBytes(), 8)));
-    EXPECT_EQ("a1 a2 a3 a4", Hex(Text(*blob->GetIv())));
-    EXPECT_EQ(Hex(Golden("aes_key_iv_blob")), Hex(Stored(*blob)));
+    const auto blob = Read(SecretGolden("aes_key_iv_blob"));
+    EXPECT_EQ("11 da e7 c8 4d 86 c3 94", Hex(std::string_view(blob->GetKeyBytes(), 8)));
+    EXPECT_EQ("a1 aa f7 18 dd 56", Hex(Text(*blob->GetIv())));
+    EXPECT_EQ(Hex(SecretGolden("aes_key_iv_blob")), Stored(*blob));
 }
 
 TEST(AesKeyIVBlob, ReadingCopiesTheBytesAndLeavesTheForm)
 {
-    const auto form = SharedSecure(Golden("aes_key_iv_blob"));
+    const auto form = SharedSecure(SecretGolden("aes_key_iv_blob"));
     const auto blob = CAesKeyIVBlob::FromBlob(form);
-    EXPECT_EQ(Golden("aes_key_iv_blob"), Text(*form));
-    form->assign(std::string(38, 'x').data(), 38);
-    EXPECT_EQ("11 22 33 44 55 66 77 88", Hex(std::string(blob->GetKeyBytes(), 8)));
+    EXPECT_EQ(std::string_view(SecretGolden("aes_key_iv_blob")), Text(*form));
+    form->assign(std::string(40, 'x').data(), 40);
+    EXPECT_EQ("11 da e7 c8 4d 86 c3 94", Hex(std::string_view(blob->GetKeyBytes(), 8)));
 }
 
 TEST(AesKeyIVBlob, ReservedBytesAreNotLookedAt)
 {
-    EXPECT_EQ(Hex(Golden("aes_key_iv_blob")),
-              Reread(std::string(18, '\xff') + Golden("aes_key_iv_blob").substr(18)));
+    EXPECT_EQ(Hex(SecretGolden("aes_key_iv_blob")),
+              Reread(wiped_bytes_t(18, '\xff') + SecretGolden("aes_key_iv_blob").substr(18)));
 }
 
 TEST(AesKeyIVBlob, WhatStandsBehindTheFormIsNotRead)
 {
-    EXPECT_EQ(Hex(Golden("aes_key_iv_blob")), Reread(Golden("aes_key_iv_blob") + "more"));
+    EXPECT_EQ(Hex(SecretGolden("aes_key_iv_blob")), Reread(SecretGolden("aes_key_iv_blob") + "more"));
 }
 
 TEST(AesKeyIVBlob, CutOffFormIsReadWithZeros)
 {
-    const std::string form = Golden("aes_key_iv_blob");
-    for (const std::string& cut : Prefixes(form))
+    const wiped_bytes_t form = SecretGolden("aes_key_iv_blob");
+    for (std::size_t size = 0; size != form.size(); ++size)
     {
+        const wiped_bytes_t cut = form.substr(0, size);
         // One byte of a size is enough here, as the others are zero. What is not said has no bytes.
-        std::string expected = cut + std::string(form.size() - cut.size(), '\0');
-        if (cut.size() <= 18)
+        wiped_bytes_t expected = cut + wiped_bytes_t(form.size() - size, '\0');
+        if (size <= 18)
             expected.resize(26);
-        else if (cut.size() <= 22)
+        else if (size <= 22)
             expected.resize(34);
-        EXPECT_EQ(Hex(expected), Reread(cut)) << cut.size();
+        EXPECT_EQ(Hex(expected), Reread(cut)) << size;
     }
     EXPECT_EQ(kEmptyForm, Reread(""));
 }
@@ -135,7 +137,7 @@ TEST(AesKeyIVBlob, SizesAreNotLimitedButByTheMemory)
     for (const unsigned part : {3U, 4U})
         for (const std::uint32_t size : {0x7FFFFFFFu, 0x80000000u, 0xFFFFFFFFu})
             EXPECT_EQ(
-                "std::bad_alloc\n--tr:Failed to deserialize AES key/IV blob, specified data size: '38'.",
+                "std::bad_alloc\n--tr:Failed to deserialize AES key/IV blob, specified data size: '40'.",
                 Thrown<exc::runtime_exc_t>([&] { Read(WithNumber("aes_key_iv_blob", part, size)); }));
     LimitBlocks(SIZE_MAX);
 }
@@ -144,10 +146,10 @@ TEST(AesKeyIVBlob, SmallerSizesMoveWhatFollows)
 {
     const auto none = Read(WithNumber("aes_key_iv_blob", 3, 0));
     EXPECT_EQ(nullptr, none->GetKeyBytes());
-    EXPECT_EQ("11 22 33 44", Hex(Text(*none->GetIv())));
+    EXPECT_EQ("11 da e7 c8 4d 86", Hex(Text(*none->GetIv())));
     const auto one = Read(WithNumber("aes_key_iv_blob", 3, 1));
-    EXPECT_EQ("11", Hex(std::string(one->GetKeyBytes(), 1)));
-    EXPECT_EQ("22 33 44 55", Hex(Text(*one->GetIv())));
+    EXPECT_EQ("11", Hex(std::string_view(one->GetKeyBytes(), 1)));
+    EXPECT_EQ("da e7 c8 4d 86 c3", Hex(Text(*one->GetIv())));
     EXPECT_TRUE(Read(WithNumber("aes_key_iv_blob", 4, 0))->GetIv()->empty());
     EXPECT_EQ("a1", Hex(Text(*Read(WithNumber("aes_key_iv_blob", 4, 1))->GetIv())));
 }

@@ -42,7 +42,7 @@ protected:
 
 private:
     template <class Read>
-    static std::string Outcome(const std::string& bytes, Read read)
+    static std::string Outcome(std::string_view bytes, Read read)
     {
         try
         {
@@ -59,7 +59,7 @@ private:
 };
 
 template <class Record>
-void Read(const std::string& bytes)
+void Read(std::string_view bytes)
 {
     record_stream_t stream(bytes);
     Record::DeSerialize(stream);
@@ -82,5 +82,5 @@ TEST_F(KeyLimit, BlobAboveItIsRefused)
 {
     for (const unsigned part : {3U, 4U})
         Expect("aes_key_iv_blob", part, "Failed to deserialize AES key/IV blob, specified data size: '38'.",
-               [](const std::string& bytes) { CAesKeyIVBlob::FromBlob(SharedSecure(bytes)); });
+               [](std::string_view bytes) { CAesKeyIVBlob::FromBlob(SharedSecure(bytes)); });
 }

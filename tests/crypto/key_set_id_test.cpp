@@ -132,7 +132,7 @@ TEST(KeySetId, BlobIsACopyOfTheBytes)
 {
     const CKeySetId id = Id();
     const auto blob = id.ToBlob();
-    EXPECT_EQ("00 11 22 33 44 55 66 77 88 99 aa bb cc dd ee ff", Hex({blob->begin(), blob->end()}));
+    EXPECT_EQ("00 11 22 33 44 55 66 77 88 99 aa bb cc dd ee ff", Hex({blob->data(), blob->size()}));
     (*blob)[0] = 'x';
     EXPECT_EQ(Id(), id);
 }

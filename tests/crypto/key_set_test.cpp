@@ -22,7 +22,7 @@ using crypto::CKeySet;
 namespace
 {
 
-CKeySet::ptr_t Read(const std::string& bytes)
+CKeySet::ptr_t Read(std::string_view bytes)
 {
     record_stream_t stream(bytes);
     return CKeySet::DeSerialize(stream);
@@ -64,8 +64,8 @@ TEST(KeySet, HasNoVirtualOperations) { EXPECT_FALSE(std::is_polymorphic_v<CKeySe
 
 TEST(KeySet, HasWhatItWasMadeOf)
 {
-    const auto key = MakeKey(0, "key");
-    const auto record = MakeRecord(9, "data");
+    const auto key = MakeKey(0, "k");
+    const auto record = MakeRecord(9, "d");
     const auto id = IdOf(1);
     const CKeySet key_set(id, 7, L"hint", 3, {key}, {record}, {5, 6});
     EXPECT_EQ(id, key_set.GetId());
@@ -130,7 +130,7 @@ TEST(KeySet, AddsBehindWhatThereIs)
 {
     const CKeySet::ptr_t key_set = MakeSet(1, {MakeKey(1, "a")}, {MakeRecord(1, "r")});
     const auto id = IdOf(2);
-    const auto data = SharedSecure("data");
+    const auto data = SharedSecure(kSecret<'d'>);
     key_set->AddKey(MakeKey(0, "b"));
     key_set->AddRepairRecord(id, data);
     EXPECT_EQ("1:a 0:b", KeysOf(*key_set));
@@ -323,16 +323,18 @@ TEST(KeySet, CloneWithoutSensitiveKeysHasNoKeys)
     EXPECT_EQ(Stored(*key_set), Stored(*clone));
 }
 
-TEST(KeySet, StoredFormHasItsIdAtTheEnd) { EXPECT_EQ(Hex(Golden("key_set")), Stored(*GoldenSet())); }
+TEST(KeySet, StoredFormHasItsIdAtTheEnd) { EXPECT_EQ(Hex(SecretGolden("key_set")), Stored(*GoldenSet())); }
 
 TEST(KeySet, IsReadAsItWasWritten)
 {
-    const CKeySet::ptr_t key_set = Read(Golden("key_set"));
+    const CKeySet::ptr_t key_set = Read(SecretGolden("key_set"));
     EXPECT_EQ("00112233445566778899aabbccddeeff", key_set->GetId()->ToString());
     EXPECT_EQ(1u, key_set->GetAlgorithm());
     EXPECT_EQ(L"Gr\u00f6\u00dfe \u9375", key_set->GetHint());
     EXPECT_EQ(4u, key_set->GetRole());
-    EXPECT_EQ("0:" + Unhex("1122334455667788") + " 1:" + Unhex("99aabbcc"), KeysOf(*key_set));
+    EXPECT_EQ("0:\x11 1:\x99", KeysOf(*key_set));
+    EXPECT_EQ(kGoldenKey, Text(key_set->GetKeys()[0]->GetData()));
+    EXPECT_EQ(kGoldenOtherKey, Text(key_set->GetKeys()[1]->GetData()));
     ASSERT_EQ(1u, key_set->GetRepairRecords().size());
     EXPECT_EQ("0f1e2d3c4b5a69788796a5b4c3d2e1f0",
               key_set->GetRepairRecords()[0]->GetMasterKeySetId()->ToString());
@@ -376,7 +378,7 @@ TEST(KeySet, AnotherVersionIsRefusedBeforeAnythingElseIsRead)
         record_stream_t stream(WithNumber("key_set", 0, version));
         EXPECT_EQ("Unknown keyset version: '" + std::to_string(version) + "'.",
                   Thrown<exc::runtime_exc_t>([&] { CKeySet::DeSerialize(stream); }));
-        EXPECT_EQ(Golden("key_set").size() - 4, stream.GetRemaining());
+        EXPECT_EQ(SecretGolden("key_set").size() - 4, stream.GetRemaining());
     }
 }
 
@@ -385,7 +387,7 @@ TEST(KeySet, MissingBytesFailOrAreReadAsZeros) { ExpectEachCut("key_set", Golden
 TEST(KeySet, ShortHintTellsHowMuchOfItCame)
 {
     EXPECT_EQ("Failed to retrieve string from the IO device: received less bytes (7) than expected (11).",
-              FailureToRead(Golden("key_set").substr(0, 19), CKeySet::DeSerialize));
+              FailureToRead(SecretGolden("key_set").substr(0, 19), CKeySet::DeSerialize));
 }
 
 TEST(KeySet, ShortWriteFailsWhereAValueIsWrittenBehindIt)
@@ -396,7 +398,7 @@ TEST(KeySet, ShortWriteFailsWhereAValueIsWrittenBehindIt)
 
 TEST(KeySet, NegativeCountOfTheHintIsToldAsOne)
 {
-    stub_dev_t device(Golden("key_set"));
+    stub_dev_t device(SecretGolden("key_set"));
     device.Answer(std::uint64_t(-1), 3);
     EXPECT_EQ("Failed to retrieve string from the IO device: received less bytes (-1) than expected (11).",
               Thrown<exc::runtime_exc_t>([&] { CKeySet::DeSerialize(device); }));
@@ -424,11 +426,11 @@ TEST(KeySet, LengthOfTheHintIsNotLimitedButByTheMemory)
 
 TEST(KeySet, HintThatIsNoUtf8IsRefusedBeforeTheRoleIsRead)
 {
-    std::string bytes = Golden("key_set");
+    wiped_bytes_t bytes = SecretGolden("key_set");
     bytes[12] = '\xff';
     record_stream_t stream(bytes);
     EXPECT_EQ("Multibyte UTF8 string cannot be converted to unicode string. Source string: [" +
-                  bytes.substr(12, 11) + "].",
+                  std::string(bytes.data() + 12, 11) + "].",
               Thrown<exc::runtime_exc_t>([&] { CKeySet::DeSerialize(stream); }));
     EXPECT_EQ(bytes.size() - 23, stream.GetRemaining());
 }
@@ -460,7 +462,10 @@ TEST(KeySet, FalseCountsFailAtTheEndOfTheBytes)
     }
 }
 
-TEST(KeySet, BrokenFormIsReadOrRefused) { ExpectEachBitFlipToBeReadOrRefused("key_set", Copy<CKeySet>()); }
+TEST(KeySet, BrokenFormIsReadOrRefused)
+{
+    ExpectEachBitFlipToBeReadOrRefused("key_set", Copy<CKeySet>(), {2});
+}
 
 TEST(KeySet, ServesManyThreadsAtOnce)
 {
@@ -472,7 +477,7 @@ TEST(KeySet, ServesManyThreadsAtOnce)
         for (int i = 0; i != kKeys; ++i)
         {
             key_set->AddKey(MakeKey(0, "a"));
-            key_set->AddRepairRecord(IdOf(1), SharedSecure("r"));
+            key_set->AddRepairRecord(IdOf(1), SharedSecure(kSecret<'r'>));
             key_set->SetRole(key_set->GetRole() + 1);
             EXPECT_TRUE(key_set->Clone()->HasKeys());
             EXPECT_FALSE(key_set->ToString().empty());

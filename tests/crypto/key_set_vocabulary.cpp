@@ -18,18 +18,26 @@ crypto::CKeySetId::ptr_t IdOfBytes(const std::string& bytes)
     return boost::make_shared<crypto::CKeySetId>(raw);
 }
 
+// So many bytes for a name, which is a letter or nothing.
+crypto::secure_array_ptr_t SecretOf(const std::string& name)
+{
+    auto secret = boost::make_shared<crypto::secure_array_t>(16 * name.size());
+    MakeSecret(secret->data(), secret->size(), *name.c_str());
+    return secret;
+}
+
 } // namespace
 
 crypto::CKeySetId::ptr_t IdOf(std::uint8_t first) { return IdOfBytes({static_cast<char>(first)}); }
 
-boost::shared_ptr<crypto::CKey> MakeKey(std::uint32_t type, const std::string& bytes)
+boost::shared_ptr<crypto::CKey> MakeKey(std::uint32_t type, const std::string& name)
 {
-    return boost::make_shared<crypto::CKey>(type, Secure(bytes));
+    return boost::make_shared<crypto::CKey>(type, *SecretOf(name));
 }
 
-boost::shared_ptr<crypto::CRestoreKeyRepairRec> MakeRecord(std::uint8_t master, const std::string& data)
+boost::shared_ptr<crypto::CRestoreKeyRepairRec> MakeRecord(std::uint8_t master, const std::string& name)
 {
-    return boost::make_shared<crypto::CRestoreKeyRepairRec>(IdOf(master), SharedSecure(data));
+    return boost::make_shared<crypto::CRestoreKeyRepairRec>(IdOf(master), SecretOf(name));
 }
 
 CKeySet::ptr_t MakeSet(std::uint8_t id, const CKeySet::keys_t& keys, const CKeySet::repair_records_t& records)
@@ -52,9 +60,10 @@ CKeySet::ptr_t SetWithRole(std::uint8_t id, std::uint32_t role)
 
 CKeySet::ptr_t GoldenSet()
 {
-    const CKeySet::keys_t keys = {MakeKey(0, Unhex("1122334455667788")), MakeKey(1, Unhex("99aabbcc"))};
+    const CKeySet::keys_t keys = {boost::make_shared<crypto::CKey>(0, Secure(kGoldenKey)),
+                                  boost::make_shared<crypto::CKey>(1, Secure(kGoldenOtherKey))};
     const auto record = boost::make_shared<crypto::CRestoreKeyRepairRec>(
-        IdOfBytes(Unhex("0f1e2d3c4b5a69788796a5b4c3d2e1f0")), SharedSecure(std::string("dat\0a", 5)));
+        IdOfBytes(Unhex("0f1e2d3c4b5a69788796a5b4c3d2e1f0")), SharedSecure(kGoldenRepairData));
     return boost::make_shared<CKeySet>(IdOfBytes(Unhex("00112233445566778899aabbccddeeff")), 1,
                                        L"Gr\u00f6\u00dfe \u9375", 4, keys, CKeySet::repair_records_t{record},
                                        crypto::SKeySetTime{0x442e2000, 0x00383eab});
@@ -62,13 +71,14 @@ CKeySet::ptr_t GoldenSet()
 
 std::string Stored(const CKeySet& key_set)
 {
-    return Hex(Written([&](io::io_dev_t& stream) { key_set.Serialize(stream); }));
+    return WrittenHex([&](io::io_dev_t& stream) { key_set.Serialize(stream); });
 }
 
 std::string KeysOf(const CKeySet& key_set)
 {
     std::string text;
     for (const auto& key : key_set.GetKeys())
-        text += (text.empty() ? "" : " ") + std::to_string(key->GetType()) + ":" + Text(key->GetData());
+        text += (text.empty() ? "" : " ") + std::to_string(key->GetType()) + ":" +
+                std::string(Text(key->GetData()).substr(0, 1));
     return text;
 }

@@ -10,8 +10,9 @@
 // An id that begins with this byte, and has zeros else.
 crypto::CKeySetId::ptr_t IdOf(std::uint8_t first);
 
-boost::shared_ptr<crypto::CKey> MakeKey(std::uint32_t type, const std::string& bytes);
-boost::shared_ptr<crypto::CRestoreKeyRepairRec> MakeRecord(std::uint8_t master, const std::string& data);
+// Key and data are a secret that begins with the letter, or nothing for no letter.
+boost::shared_ptr<crypto::CKey> MakeKey(std::uint32_t type, const std::string& name);
+boost::shared_ptr<crypto::CRestoreKeyRepairRec> MakeRecord(std::uint8_t master, const std::string& name);
 
 // RSA, hint "hint", role 5, time 0.
 crypto::CKeySet::ptr_t MakeSet(std::uint8_t id, const crypto::CKeySet::keys_t& keys = {},
@@ -27,5 +28,5 @@ crypto::CKeySet::ptr_t GoldenSet();
 // The stored form, in hexadecimal.
 std::string Stored(const crypto::CKeySet& key_set);
 
-// Types and bytes of the keys: "0:key 2:".
+// Types of the keys, and the letters with which they begin: "0:a 2:".
 std::string KeysOf(const crypto::CKeySet& key_set);

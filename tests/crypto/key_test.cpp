@@ -9,6 +9,7 @@
 #include "tests/crypto/stored_parts.h"
 #include "tests/support/block_limit.h"
 #include "tests/support/golden.h"
+#include "tests/support/made_secret.h"
 #include "tests/support/stub_dev.h"
 #include "tests/support/thrown.h"
 
@@ -18,15 +19,26 @@ using key_ptr_t = boost::shared_ptr<CKey>;
 namespace
 {
 
+constexpr std::string_view kLongerKey = kSecret<'k', 17>;
+constexpr std::string_view kKey = kLongerKey.substr(0, 16);
+
 const char kReadingContext[] = "\n--tr:Failed to de-serialize encryption key from memory stream.";
 const char kCastContext[] = "\n--tr:Failed to cast key blob to AES key.";
 
-key_ptr_t Key(std::uint32_t type, const std::string& bytes)
+key_ptr_t Key(std::uint32_t type, std::string_view bytes)
 {
     return boost::make_shared<CKey>(type, Secure(bytes));
 }
 
-key_ptr_t Read(const std::string& bytes)
+// The key with another byte in that place.
+key_ptr_t KeyWithout(std::size_t place)
+{
+    key_ptr_t key = Key(1, kKey);
+    ++key->GetData()[place];
+    return key;
+}
+
+key_ptr_t Read(std::string_view bytes)
 {
     record_stream_t stream(bytes);
     return CKey::DeSerialize(stream);
@@ -34,7 +46,7 @@ key_ptr_t Read(const std::string& bytes)
 
 std::string Stored(const CKey& key)
 {
-    return Hex(Written([&](io::io_dev_t& stream) { key.Serialize(stream); }));
+    return WrittenHex([&](io::io_dev_t& stream) { key.Serialize(stream); });
 }
 
 std::string FailureToCast(const CKey& key)
@@ -48,67 +60,69 @@ TEST(Key, HasNoVirtualOperations) { EXPECT_FALSE(std::is_polymorphic_v<CKey>); }
 
 TEST(Key, HasATypeAndItsOwnBytes)
 {
-    crypto::secure_array_t bytes = Secure("key");
+    crypto::secure_array_t bytes = Secure(kKey);
     const CKey key(7, bytes);
     bytes[0] = 'x';
     EXPECT_EQ(7u, key.GetType());
-    EXPECT_EQ("key", Text(key.GetData()));
+    EXPECT_EQ(kKey, Text(key.GetData()));
 }
 
 TEST(Key, GivesItsOwnBytesOut)
 {
-    CKey key(0, Secure("key"));
+    CKey key(0, Secure(kKey));
     key.GetData()[0] = 'K';
-    EXPECT_EQ("Key", Text(key.GetData()));
+    EXPECT_EQ('K', Text(key.GetData())[0]);
+    EXPECT_EQ(kKey.substr(1), Text(key.GetData()).substr(1));
     EXPECT_EQ(&key.GetData(), &static_cast<const CKey&>(key).GetData());
 }
 
 TEST(Key, CopiesOfItsBytesAreNotItsOwn)
 {
-    const key_ptr_t key = Key(0, "key");
+    const key_ptr_t key = Key(0, kKey);
     const auto copy = key->CopyData();
-    EXPECT_EQ("key", Text(*copy));
+    EXPECT_EQ(kKey, Text(*copy));
     (*copy)[0] = 'x';
-    EXPECT_EQ("key", Text(key->GetData()));
+    EXPECT_EQ(kKey, Text(key->GetData()));
 }
 
 TEST(Key, CloneHasTheTypeAndBytesOfItsOwn)
 {
-    const key_ptr_t key = Key(2, "key");
+    const key_ptr_t key = Key(2, kKey);
     const key_ptr_t clone = key->Clone();
     EXPECT_TRUE(clone->Equals(key));
     clone->Wipe();
     EXPECT_EQ(2u, key->GetType());
-    EXPECT_EQ("key", Text(key->GetData()));
+    EXPECT_EQ(kKey, Text(key->GetData()));
 }
 
 TEST(Key, EqualsOneOfTheSameTypeAndBytes)
 {
-    EXPECT_TRUE(Key(1, "key")->Equals(Key(1, "key")));
+    EXPECT_TRUE(Key(1, kKey)->Equals(Key(1, kKey)));
     EXPECT_TRUE(Key(1, "")->Equals(Key(1, "")));
     EXPECT_FALSE(Key(1, "")->Equals(Key(2, "")));
 }
 
 TEST(Key, EqualsNoneThatDiffersOrIsNotThere)
 {
-    const key_ptr_t key = Key(1, "key");
+    const key_ptr_t key = Key(1, kKey);
     EXPECT_FALSE(key->Equals(nullptr));
-    EXPECT_FALSE(key->Equals(Key(2, "key")));
-    EXPECT_FALSE(key->Equals(Key(1, "keys")));
-    EXPECT_FALSE(key->Equals(Key(1, "ke")));
-    EXPECT_FALSE(key->Equals(Key(1, "kez")));
-    EXPECT_FALSE(key->Equals(Key(1, "Key")));
+    EXPECT_FALSE(key->Equals(Key(2, kKey)));
+    EXPECT_FALSE(key->Equals(Key(1, kLongerKey)));
+    EXPECT_FALSE(key->Equals(Key(1, kKey.substr(1))));
+    EXPECT_FALSE(key->Equals(Key(1, kLongerKey.substr(0, kKey.size() - 1))));
+    EXPECT_FALSE(key->Equals(KeyWithout(0)));
+    EXPECT_FALSE(key->Equals(KeyWithout(kKey.size() - 1)));
     EXPECT_FALSE(key->Equals(Key(1, "")));
 }
 
 TEST(Key, WipedOneHasNoBytesAndAnUnknownType)
 {
-    const key_ptr_t key = Key(0, "key");
+    const key_ptr_t key = Key(0, kKey);
     const char* const bytes = key->GetData().data();
     key->Wipe();
     EXPECT_EQ(101u, key->GetType());
     EXPECT_TRUE(key->GetData().empty());
-    EXPECT_EQ(std::string(3, '\0'), std::string(bytes, 3)); // which the array keeps
+    EXPECT_EQ(std::string(kKey.size(), '\0'), std::string_view(bytes, kKey.size())); // which the array keeps
 }
 
 TEST(Key, WipeLeavesTheTypeOfAnEmptyKey)
@@ -120,7 +134,7 @@ TEST(Key, WipeLeavesTheTypeOfAnEmptyKey)
 
 TEST(Key, WipeCanBeRepeated)
 {
-    const key_ptr_t key = Key(0, "key");
+    const key_ptr_t key = Key(0, kKey);
     key->Wipe();
     key->Wipe();
     EXPECT_EQ(101u, key->GetType());
@@ -129,20 +143,20 @@ TEST(Key, WipeCanBeRepeated)
 TEST(Key, EveryKeyIsSensitive)
 {
     for (const std::uint32_t type : {0u, 1u, 2u, 101u, 7u, 0xFFFFFFFFu})
-        EXPECT_TRUE(Key(type, "key")->IsSensitive()) << type;
+        EXPECT_TRUE(Key(type, kKey)->IsSensitive()) << type;
     EXPECT_TRUE(Key(1, "")->IsSensitive());
 }
 
 TEST(Key, StoredFormIsTypeSizeAndBytes)
 {
-    EXPECT_EQ(Hex(Golden("crypto_key")), Stored(*Key(1, Unhex("1122334455667788"))));
+    EXPECT_EQ(Hex(SecretGolden("crypto_key")), Stored(*Key(1, kGoldenKey)));
 }
 
 TEST(Key, IsReadAsItWasWritten)
 {
-    const key_ptr_t key = Read(Golden("crypto_key"));
+    const key_ptr_t key = Read(SecretGolden("crypto_key"));
     EXPECT_EQ(1u, key->GetType());
-    EXPECT_EQ("11 22 33 44 55 66 77 88", Hex(Text(key->GetData())));
+    EXPECT_EQ("11 da e7 c8 4d 86 c3 94", Hex(Text(key->GetData())));
     ExpectCopyToBeTheSame("crypto_key", Copy<CKey>());
 }
 
@@ -169,7 +183,7 @@ TEST(Key, MissingBytesAreReadAsZeros)
 
 TEST(Key, CountOfTheBytesThatADeviceReportsIsNotLookedAt)
 {
-    stub_dev_t device(Golden("crypto_key"));
+    stub_dev_t device(SecretGolden("crypto_key"));
     device.Answer(std::uint64_t(-1), 2);
     EXPECT_EQ(std::string(8, '\0'), Text(CKey::DeSerialize(device)->GetData()));
 }
@@ -183,7 +197,7 @@ TEST(Key, FailureToReadItsHeadHasAContext)
 
 TEST(Key, FailureOfTheDeviceHasTheContextToo)
 {
-    stub_dev_t device(Golden("crypto_key"));
+    stub_dev_t device(SecretGolden("crypto_key"));
     device.Fail("no disk", 2);
     EXPECT_EQ(std::string("no disk") + kReadingContext,
               Thrown<exc::runtime_exc_t>([&] { CKey::DeSerialize(device); }));
@@ -203,7 +217,7 @@ TEST(Key, SizeIsNotLimitedButByTheMemory)
 
 TEST(Key, ShortWriteOfTheBytesIsNotNoticed)
 {
-    const key_ptr_t key = Read(Golden("crypto_key"));
+    const key_ptr_t key = Read(SecretGolden("crypto_key"));
     ExpectEachShortWrite("crypto_key", KeyParts(), [&](io::io_dev_t& stream) { key->Serialize(stream); });
     full_dev_t device(8);
     EXPECT_NO_THROW(key->Serialize(device));
@@ -211,7 +225,7 @@ TEST(Key, ShortWriteOfTheBytesIsNotNoticed)
 
 TEST(Key, FailureToWriteHasNoContext)
 {
-    const key_ptr_t key = Key(0, "key");
+    const key_ptr_t key = Key(0, kKey);
     const auto write = [&](io::io_dev_t& stream) { key->Serialize(stream); };
     EXPECT_EQ(ShortWrite(3, 4), FailureToWrite(3, write));
     EXPECT_EQ(ShortWrite(0, 4), FailureToWrite(4, write));
@@ -224,16 +238,16 @@ TEST(Key, BrokenFormIsReadOrRefused) { ExpectEachBitFlipToBeReadOrRefused("crypt
 
 TEST(Key, AesKeyHoldsABlob)
 {
-    const key_ptr_t key = Key(2, Golden("aes_key_iv_blob"));
+    const key_ptr_t key = Key(2, SecretGolden("aes_key_iv_blob"));
     const auto blob = key->ToAesKeyIVBlob();
     key->Wipe(); // shared with nobody
-    EXPECT_EQ("11 22 33 44 55 66 77 88", Hex(std::string(blob->GetKeyBytes(), 8)));
-    EXPECT_EQ("a1 a2 a3 a4", Hex(Text(*blob->GetIv())));
+    EXPECT_EQ("11 da e7 c8 4d 86 c3 94", Hex(std::string_view(blob->GetKeyBytes(), 8)));
+    EXPECT_EQ("a1 aa f7 18 dd 56", Hex(Text(*blob->GetIv())));
 }
 
 TEST(Key, OfAnotherTypeIsNoAesKey)
 {
-    const std::string blob = Golden("aes_key_iv_blob");
+    const wiped_bytes_t blob = SecretGolden("aes_key_iv_blob");
     EXPECT_EQ(std::string("Unexpected key type: 'enPrivateKey'.") + kCastContext,
               FailureToCast(*Key(0, blob)));
     EXPECT_EQ(std::string("Unexpected key type: 'enPublicKey'.") + kCastContext,
@@ -248,7 +262,7 @@ TEST(Key, BlobThatCannotBeReadHasBothContexts)
 {
     const key_ptr_t key = Key(2, WithNumber("aes_key_iv_blob", 3, 0xFFFFFFFF));
     LimitBlocks(16U << 20U);
-    EXPECT_EQ("std::bad_alloc\n--tr:Failed to deserialize AES key/IV blob, specified data size: '38'."
+    EXPECT_EQ("std::bad_alloc\n--tr:Failed to deserialize AES key/IV blob, specified data size: '40'."
               "\n--tr:Failed to cast key blob to AES key.",
               FailureToCast(*key));
     LimitBlocks(SIZE_MAX);

@@ -16,7 +16,7 @@ namespace
 
 crypto::CKeySetId::ptr_t Id() { return GoldenSet()->GetId(); }
 
-policy_t Read(const std::string& bytes)
+policy_t Read(std::string_view bytes)
 {
     record_stream_t stream(bytes);
     policy_t policy;
@@ -26,7 +26,7 @@ policy_t Read(const std::string& bytes)
 
 std::string StoredForm(const policy_t& policy)
 {
-    return Hex(Written([&](io::io_dev_t& stream) { policy.Serialize(stream); }));
+    return WrittenHex([&](io::io_dev_t& stream) { policy.Serialize(stream); });
 }
 
 void CopyOne(io::io_dev_t& from, io::io_dev_t& to)

@@ -29,9 +29,7 @@ CKeySetId::ptr_t MasterId()
     return boost::make_shared<CKeySetId>(raw);
 }
 
-const std::string kData("dat\0a", 5);
-
-boost::shared_ptr<CRestoreKeyRepairRec> Read(const std::string& bytes)
+boost::shared_ptr<CRestoreKeyRepairRec> Read(std::string_view bytes)
 {
     record_stream_t stream(bytes);
     return CRestoreKeyRepairRec::DeSerialize(stream);
@@ -39,7 +37,7 @@ boost::shared_ptr<CRestoreKeyRepairRec> Read(const std::string& bytes)
 
 std::string Stored(const CRestoreKeyRepairRec& record)
 {
-    return Hex(Written([&](io::io_dev_t& stream) { record.Serialize(stream); }));
+    return WrittenHex([&](io::io_dev_t& stream) { record.Serialize(stream); });
 }
 
 } // namespace
@@ -49,7 +47,7 @@ TEST(RepairRecord, HasNoVirtualOperations) { EXPECT_FALSE(std::is_polymorphic_v<
 TEST(RepairRecord, SharesIdAndData)
 {
     const CKeySetId::ptr_t id = MasterId();
-    const auto data = SharedSecure("data");
+    const auto data = SharedSecure(kGoldenRepairData);
     const CRestoreKeyRepairRec record(id, data);
     EXPECT_EQ(id, record.GetMasterKeySetId());
     EXPECT_EQ(data, record.GetData());
@@ -58,14 +56,14 @@ TEST(RepairRecord, SharesIdAndData)
 
 TEST(RepairRecord, StoredFormIsIdAndDataWithTheirSizes)
 {
-    EXPECT_EQ(Hex(Golden("repair_record")), Stored({MasterId(), SharedSecure(kData)}));
+    EXPECT_EQ(Hex(SecretGolden("repair_record")), Stored({MasterId(), SharedSecure(kGoldenRepairData)}));
 }
 
 TEST(RepairRecord, IsReadAsItWasWritten)
 {
-    const auto record = Read(Golden("repair_record"));
+    const auto record = Read(SecretGolden("repair_record"));
     EXPECT_EQ("0f1e2d3c4b5a69788796a5b4c3d2e1f0", record->GetMasterKeySetId()->ToString());
-    EXPECT_EQ(kData, Text(*record->GetData()));
+    EXPECT_EQ(kGoldenRepairData, Text(*record->GetData()));
     ExpectCopyToBeTheSame("repair_record", Copy<CRestoreKeyRepairRec>());
 }
 
@@ -89,13 +87,13 @@ TEST(RepairRecord, NoDataIsFourZeros)
 TEST(RepairRecord, MissingBytesAreReadAsZeros)
 {
     ExpectEachCut("repair_record", RepairRecordParts(), Copy<CRestoreKeyRepairRec>());
-    EXPECT_EQ("64 61 00 00 00", Hex(Text(*Read(Golden("repair_record").substr(0, 26))->GetData())));
+    EXPECT_EQ("a9 d2 00 00 00 00", Hex(Text(*Read(SecretGolden("repair_record").substr(0, 26))->GetData())));
 }
 
 TEST(RepairRecord, CutOffIdIsNoticedByTheSizeBehindItAlone)
 {
     EXPECT_EQ(ShortValue(0, 4) + kReadingContext,
-              FailureToRead(Golden("repair_record").substr(0, 10), CRestoreKeyRepairRec::DeSerialize));
+              FailureToRead(SecretGolden("repair_record").substr(0, 10), CRestoreKeyRepairRec::DeSerialize));
     stub_dev_t device(Unhex("10 00 00 00 0f 1e 01 00 00 00 78"));
     device.TakeOnly(2, 1);
     const auto record = CRestoreKeyRepairRec::DeSerialize(device);
@@ -111,14 +109,14 @@ TEST(RepairRecord, AnotherSizeOfTheIdIsRefusedBeforeItIsRead)
         EXPECT_EQ("The size of the serialized keyset id is unexpected (" + std::to_string(size) + ")." +
                       kReadingContext,
                   Thrown<exc::runtime_exc_t>([&] { CRestoreKeyRepairRec::DeSerialize(stream); }));
-        EXPECT_EQ(Golden("repair_record").size() - 4, stream.GetRemaining());
+        EXPECT_EQ(SecretGolden("repair_record").size() - 4, stream.GetRemaining());
     }
 }
 
 TEST(RepairRecord, SizeOfTheDataIsNotLimitedButByTheMemory)
 {
     EXPECT_EQ("", Text(*Read(WithNumber("repair_record", 2, 0))->GetData()));
-    EXPECT_EQ("d", Text(*Read(WithNumber("repair_record", 2, 1))->GetData()));
+    EXPECT_EQ("\xa9", Text(*Read(WithNumber("repair_record", 2, 1))->GetData()));
     LimitBlocks(16U << 20U);
     for (const std::uint32_t size : {0x7FFFFFFFu, 0x80000000u, 0xFFFFFFFFu})
         EXPECT_EQ(std::string("std::bad_alloc") + kReadingContext,
@@ -128,7 +126,7 @@ TEST(RepairRecord, SizeOfTheDataIsNotLimitedButByTheMemory)
 
 TEST(RepairRecord, FailureOfTheDeviceHasTheContexts)
 {
-    stub_dev_t device(Golden("repair_record"));
+    stub_dev_t device(SecretGolden("repair_record"));
     device.Fail("no disk", 3);
     EXPECT_EQ(std::string("no disk") + kReadingContext,
               Thrown<exc::runtime_exc_t>([&] { CRestoreKeyRepairRec::DeSerialize(device); }));
@@ -140,21 +138,21 @@ TEST(RepairRecord, FailureOfTheDeviceHasTheContexts)
 
 TEST(RepairRecord, FailureToWriteSaysFromMemoryStream)
 {
-    const CRestoreKeyRepairRec record(MasterId(), SharedSecure(kData));
+    const CRestoreKeyRepairRec record(MasterId(), SharedSecure(kGoldenRepairData));
     EXPECT_EQ(ShortWrite(0, 4) + "\n--tr:Failed to serialize keyset repair record from memory stream.",
               FailureToWrite(0, [&](io::io_dev_t& stream) { record.Serialize(stream); }));
 }
 
 TEST(RepairRecord, ShortWriteOfIdAndDataIsNotNoticed)
 {
-    const CRestoreKeyRepairRec record(MasterId(), SharedSecure(kData));
+    const CRestoreKeyRepairRec record(MasterId(), SharedSecure(kGoldenRepairData));
     ExpectEachShortWrite("repair_record", RepairRecordParts(),
                          [&](io::io_dev_t& stream) { record.Serialize(stream); });
     stub_dev_t device;
     device.TakeOnly(0, 1);
     device.TakeOnly(0, 3);
     EXPECT_NO_THROW(record.Serialize(device));
-    EXPECT_EQ("10 00 00 00 05 00 00 00", Hex(device.written()));
+    EXPECT_EQ("10 00 00 00 06 00 00 00", Hex(device.written()));
 }
 
 TEST(RepairRecord, BrokenFormIsReadOrRefused)

@@ -6,6 +6,7 @@
 #include <gtest/gtest.h>
 
 #include "nelvo/core/exc/runtime_exc.h"
+#include "tests/support/made_secret.h"
 #include "tests/support/thrown.h"
 
 using crypto::CKey;
@@ -41,8 +42,8 @@ CKeySet::ptr_t Set(const CKeySetId& id, std::uint32_t role = 1, const CKeySet::k
 
 boost::shared_ptr<CKey> MakeKey()
 {
-    crypto::secure_array_t bytes(4);
-    bytes[0] = 1;
+    crypto::secure_array_t bytes(16);
+    MakeSecret(bytes.data(), bytes.size());
     return boost::make_shared<CKey>(crypto::enPrivateKey, bytes);
 }
 

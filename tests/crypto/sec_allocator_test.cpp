@@ -11,6 +11,7 @@
 #include <gtest/gtest.h>
 
 #include "tests/support/freed_memory.h"
+#include "tests/support/made_secret.h"
 
 using namespace std::string_literals;
 using crypto::sec_allocator_t;
@@ -22,7 +23,7 @@ TEST(SecAllocator, FreedMemoryHoldsZerosOnly)
 {
     allocator_t allocator;
     char* const block = allocator.allocate(6);
-    std::copy_n("secret", 6, block);
+    MakeSecret(block, 6);
     WatchFree(block, 6);
     allocator.deallocate(block, 6);
     EXPECT_EQ("\0\0\0\0\0\0"s, FreedBytes());
@@ -56,7 +57,8 @@ TEST(SecAllocator, NothingIsABlockToo)
 
 TEST(SecAllocator, ServesAContainerAndCleansUpBehindIt)
 {
-    std::vector<char, allocator_t> bytes(6, 'x');
+    std::vector<char, allocator_t> bytes(6);
+    MakeSecret(bytes.data(), 6);
     WatchFree(bytes.data(), 6);
     bytes.resize(bytes.capacity() + 1);
     EXPECT_EQ("\0\0\0\0\0\0"s, FreedBytes());

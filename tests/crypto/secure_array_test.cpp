@@ -1,13 +1,14 @@
 #include "nelvo/crypto/secure_array.h"
 
-#include <cstring>
 #include <string>
+#include <string_view>
 #include <type_traits>
 
 #include <boost/make_shared.hpp>
 #include <gtest/gtest.h>
 
 #include "tests/support/freed_memory.h"
+#include "tests/support/made_secret.h"
 
 TEST(SecureKeyBytes, StandInTheArrayThatWipes)
 {
@@ -18,9 +19,9 @@ TEST(SecureKeyBytes, AreZeroWhenTheLastShareGoes)
 {
     auto first = boost::make_shared<crypto::secure_array_t>(6);
     crypto::secure_array_ptr_t last = first;
-    std::memcpy(last->data(), "secret", 6);
+    MakeSecret(last->data(), 6);
     first.reset();
-    EXPECT_EQ("secret", std::string(last->data(), 6));
+    EXPECT_EQ("\x73\x04\xf9\x62\x8f\x10", std::string_view(last->data(), 6));
     WatchFree(last->data(), 6);
     last.reset();
     EXPECT_EQ(std::string(6, '\0'), FreedBytes());

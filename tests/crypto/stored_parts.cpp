@@ -1,5 +1,6 @@
 #include "tests/crypto/stored_parts.h"
 
+#include <algorithm>
 #include <cstring>
 
 #include <gtest/gtest.h>
@@ -19,7 +20,7 @@ constexpr auto kSizeOfId = part_kind_t::kSizeOfId;
 constexpr std::size_t kMostBlock = std::size_t{16} << 20U;
 
 // What reading says if the record ends behind so many bytes of that part.
-std::string CutOutcome(const std::vector<std::string>& stored, const stored_parts_t& parts, std::size_t part,
+std::string CutOutcome(const wiped_list_t& stored, const stored_parts_t& parts, std::size_t part,
                        std::size_t received)
 {
     if (part == parts.size())
@@ -40,7 +41,7 @@ std::string CutOutcome(const std::vector<std::string>& stored, const stored_part
 }
 
 // The same for writing to a device without room for more.
-std::string FullOutcome(const std::vector<std::string>& stored, const stored_parts_t& parts, std::size_t part,
+std::string FullOutcome(const wiped_list_t& stored, const stored_parts_t& parts, std::size_t part,
                         std::size_t taken)
 {
     if (part == parts.size())
@@ -65,10 +66,9 @@ std::string WriteOutcome(std::size_t room, const transfer_t& write)
 }
 
 // With zeros behind the cut, and the size of an id as it is always written.
-std::string Padded(const std::vector<std::string>& stored, const stored_parts_t& parts,
-                   const std::string& cut)
+wiped_bytes_t Padded(const wiped_list_t& stored, const stored_parts_t& parts, std::string_view cut)
 {
-    std::string whole;
+    wiped_bytes_t whole;
     for (std::size_t i = 0; i != parts.size(); ++i)
     {
         const std::size_t begin = whole.size();
@@ -78,6 +78,39 @@ std::string Padded(const std::vector<std::string>& stored, const stored_parts_t&
                 whole[at] = '\0';
     }
     return whole;
+}
+
+wiped_bytes_t Joined(const wiped_list_t& fields)
+{
+    wiped_bytes_t bytes;
+    for (const wiped_bytes_t& field : fields)
+        bytes += field;
+    return bytes;
+}
+
+wiped_list_t WithoutSecrets(wiped_list_t fields)
+{
+    for (wiped_bytes_t& field : fields)
+        if (CountSecrets(field.data(), field.size()) != 0)
+            field.assign(field.size(), '\0');
+    return fields;
+}
+
+void ExpectToBeReadOrRefused(const wiped_bytes_t& bytes, const copy_t& copy)
+{
+    record_stream_t from(bytes);
+    record_stream_t to;
+    try
+    {
+        copy(from, to);
+    }
+    catch (const std::bad_alloc&)
+    {
+    }
+    catch (const std::exception& e)
+    {
+        EXPECT_NE(nullptr, dynamic_cast<const exc::exc_base_t*>(&e)) << Hex(bytes) << e.what();
+    }
 }
 
 } // namespace
@@ -110,14 +143,14 @@ stored_parts_t Joined(const std::vector<stored_parts_t>& parts)
     return joined;
 }
 
-std::string Outcome(const std::string& bytes, const copy_t& copy)
+std::string Outcome(std::string_view bytes, const copy_t& copy)
 {
     record_stream_t from(bytes);
     record_stream_t to;
     try
     {
         copy(from, to);
-        return Hex(to.bytes());
+        return Hex(to.view());
     }
     catch (const std::exception& e)
     {
@@ -127,26 +160,27 @@ std::string Outcome(const std::string& bytes, const copy_t& copy)
 
 void ExpectCopyToBeTheSame(const std::string& golden, const copy_t& copy)
 {
-    record_stream_t from(Golden(golden));
+    const wiped_bytes_t stored = SecretGolden(golden);
+    record_stream_t from(stored);
     record_stream_t to;
     copy(from, to);
     EXPECT_EQ(0u, from.GetRemaining());
-    EXPECT_EQ(Hex(Golden(golden)), Hex(to.bytes()));
+    EXPECT_EQ(Hex(stored), Hex(to.view()));
 }
 
 void ExpectEachCut(const std::string& golden, const stored_parts_t& parts, const copy_t& copy)
 {
-    const std::vector<std::string> stored = GoldenFields(golden);
+    const wiped_list_t stored = SecretFields(golden);
     ASSERT_EQ(stored.size(), parts.size());
-    std::string before;
+    wiped_bytes_t before;
     for (std::size_t i = 0; i != parts.size(); ++i)
     {
-        for (const std::string& prefix : Prefixes(stored[i]))
+        for (std::size_t size = 0; size != stored[i].size(); ++size)
         {
-            const std::string failure = CutOutcome(stored, parts, i, prefix.size());
-            EXPECT_EQ(failure.empty() ? Hex(Padded(stored, parts, before + prefix)) : failure,
-                      Outcome(before + prefix, copy))
-                << golden << ", part " << i << ", " << prefix.size() << " bytes of it";
+            const wiped_bytes_t cut = before + stored[i].substr(0, size);
+            const std::string failure = CutOutcome(stored, parts, i, size);
+            EXPECT_EQ(failure.empty() ? Hex(Padded(stored, parts, cut)) : failure, Outcome(cut, copy))
+                << golden << ", part " << i << ", " << size << " bytes of it";
         }
         before += stored[i];
     }
@@ -154,7 +188,7 @@ void ExpectEachCut(const std::string& golden, const stored_parts_t& parts, const
 
 void ExpectEachShortWrite(const std::string& golden, const stored_parts_t& parts, const transfer_t& write)
 {
-    const std::vector<std::string> stored = GoldenFields(golden);
+    const wiped_list_t stored = SecretFields(golden);
     ASSERT_EQ(stored.size(), parts.size());
     std::size_t before = 0;
     for (std::size_t i = 0; i != parts.size(); ++i)
@@ -166,46 +200,40 @@ void ExpectEachShortWrite(const std::string& golden, const stored_parts_t& parts
     }
 }
 
-void ExpectEachBitFlipToBeReadOrRefused(const std::string& golden, const copy_t& copy)
+void ExpectEachBitFlipToBeReadOrRefused(const std::string& golden, const copy_t& copy,
+                                        const std::vector<std::size_t>& sizes_of_texts)
 {
     LimitBlocks(kMostBlock);
-    for (const std::string& flip : BitFlips(Golden(golden)))
+    const wiped_list_t stored = SecretFields(golden);
+    for (std::size_t part = 0; part != stored.size(); ++part)
     {
-        record_stream_t from(flip);
-        record_stream_t to;
-        try
+        const bool is_size = std::count(sizes_of_texts.begin(), sizes_of_texts.end(), part) != 0;
+        for (std::size_t bit = 0; bit != stored[part].size() * 8; ++bit)
         {
-            copy(from, to);
-        }
-        catch (const std::bad_alloc&)
-        {
-        }
-        catch (const std::exception& e)
-        {
-            EXPECT_NE(nullptr, dynamic_cast<const exc::exc_base_t*>(&e)) << Hex(flip) << e.what();
+            wiped_list_t fields = is_size ? WithoutSecrets(stored) : stored;
+            char& byte = fields[part][bit / 8];
+            byte = static_cast<char>(byte ^ (1 << bit % 8));
+            ExpectToBeReadOrRefused(Joined(fields), copy);
         }
     }
     LimitBlocks(SIZE_MAX);
 }
 
-std::string WithNumber(const std::string& golden, std::size_t part, std::uint32_t number)
+wiped_bytes_t WithNumber(const std::string& golden, std::size_t part, std::uint32_t number)
 {
-    std::vector<std::string> stored = GoldenFields(golden);
+    wiped_list_t stored = SecretFields(golden);
     std::memcpy(stored.at(part).data(), &number, sizeof(number));
-    std::string bytes;
-    for (const std::string& each : stored)
-        bytes += each;
-    return bytes;
+    return Joined(stored);
 }
 
-crypto::secure_array_t Secure(const std::string& bytes)
+crypto::secure_array_t Secure(std::string_view bytes)
 {
     return crypto::secure_array_t(bytes.data(), bytes.size());
 }
 
-crypto::secure_array_ptr_t SharedSecure(const std::string& bytes)
+crypto::secure_array_ptr_t SharedSecure(std::string_view bytes)
 {
     return boost::make_shared<crypto::secure_array_t>(bytes.data(), bytes.size());
 }
 
-std::string Text(const crypto::secure_array_t& bytes) { return {bytes.begin(), bytes.end()}; }
+std::string_view Text(const crypto::secure_array_t& bytes) { return {bytes.data(), bytes.size()}; }

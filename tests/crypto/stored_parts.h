@@ -4,10 +4,13 @@
 
 #include <functional>
 #include <string>
+#include <string_view>
 #include <vector>
 
 #include "nelvo/crypto/secure_array.h"
+#include "tests/support/made_secret.h"
 #include "tests/support/record_stream.h"
+#include "tests/support/wiped_bytes.h"
 
 // What becomes of a part of a record of which some bytes are missing.
 enum class part_kind_t
@@ -47,7 +50,7 @@ copy_t Copy()
 }
 
 // What comes of reading these bytes: those of the record, in hexadecimal, or "fails: " and the text.
-std::string Outcome(const std::string& bytes, const copy_t& copy);
+std::string Outcome(std::string_view bytes, const copy_t& copy);
 
 // The record of tests/data is read and written as the same bytes, and nothing is left over.
 void ExpectCopyToBeTheSame(const std::string& golden, const copy_t& copy);
@@ -59,12 +62,22 @@ void ExpectEachCut(const std::string& golden, const stored_parts_t& parts, const
 void ExpectEachShortWrite(const std::string& golden, const stored_parts_t& parts, const transfer_t& write);
 
 // Each bit of the record turned: it is read, or refused by the exceptions of the library, or there is no
-// memory. There are no blocks above 16 MiB.
-void ExpectEachBitFlipToBeReadOrRefused(const std::string& golden, const copy_t& copy);
+// memory. There are no blocks above 16 MiB. With another size, a text takes in what stands behind it:
+// meanwhile there are zeros in the place of secrets.
+void ExpectEachBitFlipToBeReadOrRefused(const std::string& golden, const copy_t& copy,
+                                        const std::vector<std::size_t>& sizes_of_texts = {});
 
 // The record with another number in the place of that part.
-std::string WithNumber(const std::string& golden, std::size_t part, std::uint32_t number);
+wiped_bytes_t WithNumber(const std::string& golden, std::size_t part, std::uint32_t number);
 
-crypto::secure_array_t Secure(const std::string& bytes);
-crypto::secure_array_ptr_t SharedSecure(const std::string& bytes);
-std::string Text(const crypto::secure_array_t& bytes);
+// Secrets that stand in the records of tests/data.
+constexpr std::string_view kGoldenKey = kSecret<'\x11', 8>;
+constexpr std::string_view kGoldenOtherKey = kSecret<'\x99', 6>;
+constexpr std::string_view kGoldenVector = kSecret<'\xa1', 6>;
+constexpr std::string_view kGoldenRepairData = kSecret<'\xa9', 6>;
+
+crypto::secure_array_t Secure(std::string_view bytes);
+crypto::secure_array_ptr_t SharedSecure(std::string_view bytes);
+
+// The bytes themselves, while they stay where they are.
+std::string_view Text(const crypto::secure_array_t& bytes);

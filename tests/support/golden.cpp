@@ -6,7 +6,11 @@
 #include <fstream>
 #include <stdexcept>
 
-std::string Unhex(const std::string& digits)
+namespace
+{
+
+template <class Bytes>
+Bytes UnhexAs(const std::string& digits)
 {
     std::string plain;
     for (const char letter : digits)
@@ -14,13 +18,44 @@ std::string Unhex(const std::string& digits)
             plain += letter;
     if (plain.size() % 2 != 0)
         throw std::invalid_argument("odd number of digits: " + digits);
-    std::string bytes;
+    Bytes bytes;
     for (std::size_t i = 0; i < plain.size(); i += 2)
         bytes += static_cast<char>(std::stoi(plain.substr(i, 2), nullptr, 16));
     return bytes;
 }
 
-std::string Hex(const std::string& bytes)
+template <class List>
+List FieldsAs(const std::string& name)
+{
+    const std::string path = NELVO_TEST_DATA "/" + name + ".hex";
+    std::ifstream file(path);
+    if (!file)
+        throw std::invalid_argument("cannot read " + path);
+    List fields;
+    for (std::string line; std::getline(file, line);)
+    {
+        line.erase(std::min(line.find('#'), line.size()));
+        const std::size_t colon = line.find(':');
+        if (colon != std::string::npos)
+            fields.push_back(UnhexAs<typename List::value_type>(line.substr(colon + 1)));
+    }
+    return fields;
+}
+
+template <class List>
+typename List::value_type Joined(const List& fields)
+{
+    typename List::value_type bytes;
+    for (const auto& field : fields)
+        bytes += field;
+    return bytes;
+}
+
+} // namespace
+
+std::string Unhex(const std::string& digits) { return UnhexAs<std::string>(digits); }
+
+std::string Hex(std::string_view bytes)
 {
     static const char kDigits[] = "0123456789abcdef";
     std::string text;
@@ -36,28 +71,14 @@ std::string Hex(const std::string& bytes)
 
 std::vector<std::string> GoldenFields(const std::string& name)
 {
-    const std::string path = NELVO_TEST_DATA "/" + name + ".hex";
-    std::ifstream file(path);
-    if (!file)
-        throw std::invalid_argument("cannot read " + path);
-    std::vector<std::string> fields;
-    for (std::string line; std::getline(file, line);)
-    {
-        line.erase(std::min(line.find('#'), line.size()));
-        const std::size_t colon = line.find(':');
-        if (colon != std::string::npos)
-            fields.push_back(Unhex(line.substr(colon + 1)));
-    }
-    return fields;
+    return FieldsAs<std::vector<std::string>>(name);
 }
 
-std::string Golden(const std::string& name)
-{
-    std::string bytes;
-    for (const std::string& field : GoldenFields(name))
-        bytes += field;
-    return bytes;
-}
+std::string Golden(const std::string& name) { return Joined(GoldenFields(name)); }
+
+wiped_list_t SecretFields(const std::string& name) { return FieldsAs<wiped_list_t>(name); }
+
+wiped_bytes_t SecretGolden(const std::string& name) { return Joined(SecretFields(name)); }
 
 std::vector<std::string> Prefixes(const std::string& bytes)
 {

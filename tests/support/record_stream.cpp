@@ -4,6 +4,7 @@
 
 #include "nelvo/core/exc/runtime_exc.h"
 #include "nelvo/core/util/format.h"
+#include "tests/support/golden.h"
 #include "tests/support/thrown.h"
 
 std::uint64_t full_dev_t::write(const void*, std::uint64_t count)
@@ -22,7 +23,14 @@ std::string Written(const transfer_t& write)
     return stream.bytes();
 }
 
-std::string FailureToRead(const std::string& bytes, const transfer_t& read)
+std::string WrittenHex(const transfer_t& write)
+{
+    record_stream_t stream;
+    write(stream);
+    return Hex(stream.view());
+}
+
+std::string FailureToRead(std::string_view bytes, const transfer_t& read)
 {
     record_stream_t stream(bytes);
     return Thrown<exc::runtime_exc_t>([&] { read(stream); });

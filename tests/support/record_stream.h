@@ -6,21 +6,24 @@
 #include <cstdint>
 #include <functional>
 #include <string>
+#include <string_view>
 
 #include <boost/make_shared.hpp>
 
 #include "nelvo/io/mem_stream.h"
 
-// A stream in memory: the bytes are read, and what is written goes over them.
-class record_stream_t : public io::plain_mem_stream_t
+// A stream in memory, which may be that of keys: the bytes are read, and what is written goes over them.
+class record_stream_t : public io::secure_mem_stream_t
 {
 public:
-    explicit record_stream_t(const std::string& bytes = {})
-        : io::plain_mem_stream_t(boost::make_shared<cnt::plain_array_t>(bytes.data(), bytes.size()))
+    explicit record_stream_t(std::string_view bytes = {})
+        : io::secure_mem_stream_t(boost::make_shared<cnt::secure_array_t>(bytes.data(), bytes.size()))
     {
     }
 
-    std::string bytes() const { return {GetArray()->begin(), GetArray()->end()}; }
+    // A copy, which nobody wipes, and those in the stream themselves.
+    std::string bytes() const { return std::string(view()); }
+    std::string_view view() const { return {GetArray()->data(), GetArray()->size()}; }
 };
 
 // Takes so many bytes and no more, and has none.
@@ -39,12 +42,13 @@ private:
 // Reads from the stream, or writes to it, the record that it stands for.
 using transfer_t = std::function<void(io::io_dev_t& stream)>;
 
-// What it writes.
+// What it writes, and that in hexadecimal: for keys, of which no copy shall be left.
 std::string Written(const transfer_t& write);
+std::string WrittenHex(const transfer_t& write);
 
 // What it says to these bytes, and to a device with so much room: the text of an exc::runtime_exc_t; fails
 // the test if nothing or something else is thrown.
-std::string FailureToRead(const std::string& bytes, const transfer_t& read);
+std::string FailureToRead(std::string_view bytes, const transfer_t& read);
 std::string FailureToWrite(std::size_t room, const transfer_t& write);
 
 // The texts of short transfers.

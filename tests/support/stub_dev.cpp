@@ -4,7 +4,7 @@
 #include <stdexcept>
 #include <utility>
 
-stub_dev_t::stub_dev_t(std::string input) : m_input(std::move(input)) {}
+stub_dev_t::stub_dev_t(std::string_view input) : m_input(input) {}
 
 void stub_dev_t::TakeOnly(std::uint64_t most, std::size_t after) { After(after).most = most; }
 

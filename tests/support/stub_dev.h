@@ -12,14 +12,16 @@
 #include <cstdint>
 #include <map>
 #include <string>
+#include <string_view>
 #include <vector>
 
 #include "nelvo/io/io_dev.h"
+#include "tests/support/wiped_bytes.h"
 
 class stub_dev_t : public io::io_dev_t
 {
 public:
-    explicit stub_dev_t(std::string input = {});
+    explicit stub_dev_t(std::string_view input = {});
 
     // What the call does that comes after so many others; reads and writes count alike. It transfers no more
     // than so many bytes; it transfers nothing and returns this count; it throws a std::runtime_error.
@@ -48,7 +50,7 @@ private:
     answer_t& After(std::size_t calls) { return m_answers[m_calls.size() + calls]; }
     answer_t Begin(const std::string& call, std::uint64_t count);
 
-    std::string m_input;
+    wiped_bytes_t m_input;
     std::string m_written;
     std::vector<std::string> m_calls;
     std::map<std::size_t, answer_t> m_answers;

@@ -2,19 +2,23 @@
 
 #include <functional>
 #include <string>
+#include <string_view>
 #include <utility>
 
 #include <gtest/gtest.h>
 
 #include "nelvo/core/cnt/array.h"
 #include "tests/support/freed_memory.h"
+#include "tests/support/made_secret.h"
 
 using namespace std::string_literals;
 
 namespace
 {
 
-cnt::secure_array_t Secret() { return cnt::secure_array_t("secret", 6); }
+constexpr std::string_view kBytes = kSecret<'s', 6>;
+
+cnt::secure_array_t Secret() { return cnt::secure_array_t(kBytes.data(), kBytes.size()); }
 
 // The six bytes of a secret as they are when the use lets go of them.
 std::string Freed(const std::function<void(cnt::secure_array_t&)>& use)
@@ -68,7 +72,7 @@ TEST(SecureArray, BytesThatAreCutOffAreZeroAtOnce)
 {
     cnt::secure_array_t array = Secret();
     array.resize(2);
-    EXPECT_EQ("se\0\0\0\0"s, std::string(array.data(), array.capacity()));
+    EXPECT_EQ("\x73\x04\0\0\0\0"s, std::string(array.data(), array.capacity()));
 }
 
 TEST(SecureArray, ShorterContentsLeaveZerosBehindThem)
