@@ -15,6 +15,7 @@
 #include "nelvo/io/mem_stream.h"
 #include "tests/support/failing_memory.h"
 #include "tests/support/made_secret.h"
+#include "tests/support/unwritten_memory.h"
 
 using namespace crypto;
 
@@ -124,6 +125,7 @@ void LookAndFree(void* block)
     if (block != nullptr)
     {
         const std::size_t size = ::malloc_usable_size(block);
+        TakeAsWritten(block, size);
         g_secrets += CountSecrets(static_cast<const char*>(block), size);
         ::explicit_bzero(block, size); // what is found is not found again in the next block there
     }

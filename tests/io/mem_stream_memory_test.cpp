@@ -3,6 +3,7 @@
 
 #include "nelvo/io/mem_stream.h"
 
+#include <algorithm>
 #include <cstdint>
 #include <cstring>
 #include <malloc.h>
@@ -16,20 +17,25 @@
 
 #include "nelvo/core/exc/runtime_exc.h"
 #include "nelvo/io/binary_value.h"
+#include "tests/support/made_secret.h"
 #include "tests/support/stub_dev.h"
+#include "tests/support/unwritten_memory.h"
 
 namespace
 {
 
-constexpr std::string_view kSecret = "swordfish";
+constexpr std::string_view kBytes = kSecret<'s', 9>;
 
 int g_blocks_with_secret = 0;
 std::size_t g_most_memory = SIZE_MAX;
 
 bool HoldsSecret(void* block)
 {
-    return block != nullptr &&
-           ::memmem(block, ::malloc_usable_size(block), kSecret.data(), kSecret.size()) != nullptr;
+    if (block == nullptr)
+        return false;
+    const std::size_t size = ::malloc_usable_size(block);
+    TakeAsWritten(block, size);
+    return ::memmem(block, size, kBytes.data(), kBytes.size()) != nullptr;
 }
 
 // How many blocks went back to the heap with the secret in them.
@@ -45,7 +51,7 @@ template <class Array>
 void GrowAroundTheSecret()
 {
     io::mem_stream_tt<Array> stream;
-    io::WriteString(stream, kSecret);
+    io::WriteString(stream, kBytes);
     for (std::uint64_t i = 0; i != 100; ++i)
         io::WriteValue(stream, i);
 }
@@ -62,7 +68,7 @@ public:
             std::memcpy(buffer, "\1\0\1\0", 4);
             return 4;
         }
-        kSecret.copy(static_cast<char*>(buffer) + count - kSecret.size(), kSecret.size());
+        kBytes.copy(static_cast<char*>(buffer) + count - kBytes.size(), kBytes.size());
         throw std::runtime_error("no line");
     }
 };
@@ -80,7 +86,10 @@ extern "C" void* GrowUpToTheLimit(void* block, std::size_t size) __asm__("__wrap
 void LookAndFree(void* block)
 {
     if (HoldsSecret(block))
+    {
         ++g_blocks_with_secret;
+        ::explicit_bzero(block, ::malloc_usable_size(block)); // so that nobody finds it again
+    }
     FreeTheBlock(block);
 }
 
@@ -91,7 +100,17 @@ void* TakeUpToTheLimit(std::size_t count, std::size_t size)
 
 void* GrowUpToTheLimit(void* block, std::size_t size)
 {
-    return size > g_most_memory ? nullptr : GrowABlock(block, size);
+    if (size > g_most_memory)
+        return nullptr;
+    if (!HoldsSecret(block))
+        return GrowABlock(block, size);
+    void* const grown = TakeABlock(size, 1);
+    if (grown != nullptr)
+    {
+        std::memcpy(grown, block, std::min(::malloc_usable_size(block), size));
+        LookAndFree(block);
+    }
+    return grown;
 }
 
 TEST(MemStreamMemory, PlainOneLeavesItsBytesInTheHeap)
@@ -110,7 +129,7 @@ TEST(MemStreamMemory, SecureArrayThatIsReadLeavesNoCopy)
     {
         io::secure_mem_stream_t stream;
         cnt::secure_array_t bytes(size);
-        std::memcpy(bytes.data(), kSecret.data(), kSecret.size());
+        std::memcpy(bytes.data(), kBytes.data(), kBytes.size());
         io::WriteArray(stream, bytes);
         stream.GetMemDevice()->SeekAbsolute(0);
         EXPECT_EQ(bytes, io::ReadArray<cnt::secure_array_t>(stream));
@@ -125,7 +144,7 @@ TEST(MemStreamMemory, SecureArrayThatEndsTooEarlyLeavesNoCopy)
     {
         io::secure_mem_stream_t stream;
         stream.write(length.data(), length.size());
-        stream.write(kSecret.data(), kSecret.size());
+        stream.write(kBytes.data(), kBytes.size());
         stream.GetMemDevice()->SeekAbsolute(0);
         EXPECT_THROW(io::ReadArray<cnt::secure_array_t>(stream), exc::runtime_exc_t);
     };
