@@ -358,6 +358,33 @@ class Faults(Commands):
         self.assertEqual([*self.BUILD, f"sudo {self.CAMPAIGN} --quick"], self.run_command(self.command, "--quick")[1])
 
 
+class Proof(Commands):
+    """A command that builds something, and runs a script of the tests over it."""
+
+    def expect(self, command, builds, script, *arguments, given=()):
+        notes = "#!/bin/sh\n" + NOTES
+        path = self.make(command, {"script/bootstrap": notes, "script/configure": notes},
+                         {"cmake": NOTES, "python3": NOTES + 'exit "${STATUS:-0}"\n'})
+        result, calls = self.run_command(path, *given)
+        self.assertEqual(["bootstrap ", *builds, f"python3 {script} " + " ".join(arguments)], calls)
+        self.assertEqual(0, result.returncode)
+        self.assertRegex(result.stdout, f"^== {command} took [0-9]+ s\n$")
+        result, _ = self.run_command(path, STATUS="7")
+        self.assertEqual(7, result.returncode)
+        self.assertRegex(result.stdout, f"^== {command} took [0-9]+ s\n$")
+        self.become(cmake="exit 3\n")
+        self.assertEqual((3, ""), (self.run_command(path)[0].returncode, self.run_command(path)[0].stdout))
+
+    def test_wiping(self):
+        self.expect("wiping", ["configure wiping", "cmake --build --preset wiping --target wiping"],
+                    "tests/wiping/report.py", "build/wiping")
+
+    def test_valgrind(self):
+        builds = ["configure debug", "cmake --build --preset debug"]
+        self.expect("valgrind", builds, "tests/memcheck/run.py", "build/debug", "")
+        self.expect("valgrind", builds, "tests/memcheck/run.py", "build/debug", "io_.*", given=["io_.*"])
+
+
 class Lint(Commands):
     def setUp(self):
         notes = "#!/bin/sh\n" + NOTES
