@@ -1,8 +1,9 @@
-// Runs a fuzz target as a test does:  NAME_replay [--seeds FOLDER] [FOLDER | FILE]...
+// Runs a fuzz target as a test does:  NAME_replay [--seeds FOLDER | --cuts FOLDER] [FOLDER | FILE]...
 //
 // The files of the folder of seeds are run as they are and changed: cut off at every length, with every bit
 // turned, with any one and any four bytes 00 and FF, and at several places at random. The inputs are the same
-// in each run. A file on its own is run as it is, and so are the files of another folder.
+// in each run. Those of a folder of cuts are cut off and nothing else. A file on its own is run as it is, and so
+// are the files of another folder.
 //
 // An input that ends the program is kept as NAME_replay.finding in the current folder, to be run alone.
 
@@ -179,6 +180,12 @@ void RunSeeds(target_t& target, const std::vector<bytes_t>& seeds)
     }
 }
 
+void RunCuts(target_t& target, const std::vector<bytes_t>& seeds)
+{
+    for (const bytes_t& seed : seeds)
+        target.RunPrefixes(seed);
+}
+
 void RunAll(target_t& target, const std::vector<bytes_t>& files)
 {
     for (const bytes_t& file : files)
@@ -198,6 +205,8 @@ int main(int argc, char* argv[])
     {
         if (std::string_view(*argument) == "--seeds" && argument + 1 != argv + argc)
             RunSeeds(target, FilesBytes(*++argument));
+        else if (std::string_view(*argument) == "--cuts" && argument + 1 != argv + argc)
+            RunCuts(target, FilesBytes(*++argument));
         else if (std::filesystem::is_directory(*argument))
             RunAll(target, FilesBytes(*argument));
         else

@@ -65,6 +65,12 @@ class Replay(unittest.TestCase):
         self.write(b"broken", "seeds", "finding")
         self.assertEqual(-signal.SIGABRT, self.run_it("seeds").returncode)
 
+    def test_cuts_a_folder_of_cuts_off_and_changes_nothing_else(self):
+        self.write(b"brojen", "seeds", "near")
+        self.assertEqual("7 inputs\n", self.run_it("--cuts", "seeds").stdout)
+        self.write(b"broken into", "seeds", "longer")
+        self.assertEqual(-signal.SIGABRT, self.run_it("--cuts", "seeds").returncode)
+
     def test_tries_the_same_each_time(self):
         self.write(b"ours", "seeds", "one")
         self.write(b"other", "seeds", "two")
@@ -72,7 +78,7 @@ class Replay(unittest.TestCase):
 
     def test_fails_without_seeds(self):
         self.assertEqual(2, self.run_it().returncode)
-        for arguments in (["missing"], ["--seeds"], ["seeds"]):
+        for arguments in (["missing"], ["--seeds"], ["--cuts"], ["seeds"]):
             self.assertEqual(2, self.run_it(*arguments).returncode)
 
 
