@@ -1,6 +1,6 @@
-// What a dump to a file asks of the system, and what the table lets others do meanwhile. The access check and
-// the calls below stand in the place of the library's and the C library's: each notes the call, then does
-// what the test asked for.
+// What a dump to a file asks of the permissions and of the system, and what the table lets others do
+// meanwhile. The calls below stand in the place of the C library's: each notes the call, then does what the
+// test asked for.
 
 #include <cerrno>
 #include <cstdarg>
@@ -18,7 +18,7 @@
 #include <sys/syscall.h>
 #include <unistd.h>
 
-#include "nelvo/context/path_access.h"
+#include "nelvo/context/common_lib_ctx.h"
 #include "nelvo/core/exc/errno_exc.h"
 #include "nelvo/core/exc/runtime_exc.h"
 #include "nelvo/core/util/str.h"
@@ -56,14 +56,13 @@ void Note(const std::string& call)
     g_record = record;
 }
 
-} // namespace
-
-namespace security
+class noting_permissions_t : public security::IFilesAccessPermissions
 {
+public:
+    void CheckAccess(const util::str_t& path) override { Note("ask " + path.narrow()); }
+};
 
-void CheckPathAccess(const util::str_t& path) { Note("ask " + path.narrow()); }
-
-} // namespace security
+} // namespace
 
 extern "C" int pthread_mutex_lock(pthread_mutex_t* mutex) noexcept
 {
@@ -120,12 +119,15 @@ class ThreadStateCalls : public testing::Test
 protected:
     ThreadStateCalls()
     {
+        GetCommonLibCtx()->SetFilesAccessPermissions(boost::make_shared<noting_permissions_t>());
         WriteFile(m_trace, "old");
         m_table.SetTraceFile(m_folder / "run");
         // Both take more than one piece of a text.
         m_table.Add(StateAt(kBelow2To31, std::string(1972, 'a')));
         m_table.Add(StateAt(kBelow2To31 + 0x1000'0000, std::string(2972, 'b')));
     }
+
+    ~ThreadStateCalls() override { GetCommonLibCtx()->SetFilesAccessPermissions(m_permissions); }
 
     // Of a thread with an id of ten digits that has ended since.
     static boost::shared_ptr<CThreadState> StateAt(std::uintptr_t address, const std::string& role)
@@ -168,6 +170,8 @@ protected:
         return held->get_future().get();
     }
 
+    const boost::shared_ptr<security::IFilesAccessPermissions> m_permissions =
+        GetCommonLibCtx()->GetFilesAccessPermissions();
     temp_folder_t m_folder;
     const std::string m_trace = m_folder / "run.trace";
     monitoring::CThreadStatesCollection m_table;
