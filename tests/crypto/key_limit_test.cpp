@@ -81,6 +81,6 @@ TEST_F(KeyLimit, RepairDataAboveItIsRefused)
 TEST_F(KeyLimit, BlobAboveItIsRefused)
 {
     for (const unsigned part : {3U, 4U})
-        Expect("aes_key_iv_blob", part, "Failed to deserialize AES key/IV blob, specified data size: '38'.",
+        Expect("aes_key_iv_blob", part, "Failed to deserialize AES key/IV blob, specified data size: '40'.",
                [](std::string_view bytes) { CAesKeyIVBlob::FromBlob(SharedSecure(bytes)); });
 }
