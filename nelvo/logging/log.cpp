@@ -20,16 +20,18 @@ using lock_t = std::lock_guard<boost::recursive_mutex>;
 constexpr std::int32_t kMessagesBetweenChecks = 999;
 constexpr std::size_t kMostKeptMemory = 65536;
 
-class flag_guard_t
+// Tells messages from inside a check, also from one that was asked for, to start no other.
+class check_guard_t
 {
 public:
-    explicit flag_guard_t(bool& flag) : m_flag(flag) { m_flag = true; }
-    ~flag_guard_t() { m_flag = false; }
-    flag_guard_t(const flag_guard_t&) = delete;
-    flag_guard_t& operator=(const flag_guard_t&) = delete;
+    explicit check_guard_t(bool& checking) : m_checking(checking), m_before(std::exchange(checking, true)) {}
+    ~check_guard_t() { m_checking = m_before; }
+    check_guard_t(const check_guard_t&) = delete;
+    check_guard_t& operator=(const check_guard_t&) = delete;
 
 private:
-    bool& m_flag;
+    bool& m_checking;
+    const bool m_before;
 };
 
 // Lets the receiver go at exit while the log is still whole, so that what the receiver says while it closes
@@ -93,6 +95,16 @@ void log_t::set_size_check(bool on)
 {
     const lock_t lock(m_mutex);
     m_size_check = on;
+}
+
+// The receiver is held for the call, as it may be replaced from inside it.
+void log_t::check_size()
+{
+    const lock_t lock(m_mutex);
+    const check_guard_t guard(m_checking_size);
+    const receiver_ptr_t receiver = m_receiver;
+    if (receiver)
+        ValidateSize(*receiver);
 }
 
 void log_t::set_mask_sensitive(bool on)
@@ -163,7 +175,6 @@ void log_t::CountMessage()
     }
     if (m_checking_size)
         return;
-    const flag_guard_t checking(m_checking_size);
     check_size();
     m_lines_since_check = 0;
 }

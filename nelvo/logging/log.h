@@ -52,7 +52,7 @@ public:
     void set_size_check(bool on);
 
     // Rotates the receiver's file if it has grown too big; nothing without a receiver. What fails is thrown
-    // (receiver/rotation.h). Defined above this floor, in receiver/log_size_check.cpp.
+    // (receiver/rotation.h).
     void check_size();
 
     // Whether mask of the channels hides its text.
@@ -78,6 +78,9 @@ private:
     void WriteLines(std::int32_t severity, std::int32_t indent, const format::line_format_t& format,
                     std::string_view text);
     void CountMessage();
+
+    // Defined above this floor, in receiver/log_size_check.cpp.
+    static void ValidateSize(receiver::log_file_t& receiver);
 
     mutable boost::recursive_mutex m_mutex; // guards what is neither atomic nor per thread
     receiver_ptr_t m_receiver;
