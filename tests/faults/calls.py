@@ -43,7 +43,7 @@ def target_of(path):
     return "process" if not path else path.replace("/", "_")
 
 
-def _argument_path(name, arguments):
+def argument_path(name, arguments):
     if name in _BY_PATH:
         match = _PATH.search(arguments)
         if match and match[1]:
@@ -68,9 +68,9 @@ def _phase_after(phase, text):
     return phase
 
 
-def traced(scenario):
+def traced(scenario, set_up=machine.reset):
     """The tool's own system calls from its first geteuid on, and its writes to the log, in order."""
-    machine.reset(scenario)
+    set_up(scenario)
     run = machine.run_tool(strace=["-y", "-s", "400", "-o", "/out/trace"])
     if run.status != 0:
         raise RuntimeError(f"the faultless run of {scenario.name} failed: {run}")
@@ -83,7 +83,7 @@ def traced(scenario):
         numbers[name] = numbers.get(name, 0) + 1
         if not calls and name != "geteuid":
             continue
-        target = target_of(_argument_path(name, line[len(name) + 1:]))
+        target = target_of(argument_path(name, line[len(name) + 1:]))
         calls.append(Call(name, numbers[name], _in_context(target, phase, calls), phase))
         if name == "write" and target == "log":
             written.append(line)

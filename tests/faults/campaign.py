@@ -28,11 +28,13 @@ import tempfile
 import time
 
 import allocation_sweep
+import kill_sweep
 import machine
+import rotation_faults
 import syscall_sweep
 import verdict
 
-STAGES = {stage.NAME: stage for stage in (syscall_sweep, allocation_sweep)}
+STAGES = {stage.NAME: stage for stage in (syscall_sweep, allocation_sweep, kill_sweep, rotation_faults)}
 WORKERS = 2
 CHUNK = 8
 

@@ -12,6 +12,8 @@ with these kinds:
     torn        the end of a line
     old text    lines that stood in a log before
     archive     an archive that was whole before
+    archive end what was cut from a log before its archive was completed
+    repeat      nothing, but lines stand in the log and in an archive
 """
 
 import dataclasses
@@ -33,7 +35,7 @@ _NOT_STORED = ("Failed to open file [/etc/nelvoagentid].\n", "Failed to create d
                "Failed to get file system object info: '/etc'")
 _OLDEST_ARCHIVE = "/work/nelvoagentid.10.log.gz"
 
-KINDS = {"message", "rest", "log", "torn", "old text", "archive"}
+KINDS = {"message", "rest", "log", "torn", "old text", "archive", "archive end", "repeat"}
 _PLACES = {"agent_file": "in agent file", "dmidecode": "by dmidecode", "sysfs": "in sysfs"}
 _FILES = {"agent_file": machine.AGENT_FILE, "sysfs": machine.SYSFS}
 _SCOPE = "Looking for existed agentId"
@@ -368,8 +370,10 @@ def judge_repeat(case, before, run, after):
     sources = dict(machine.SCENARIOS[case.scenario].sources)
     sources.pop("agent_file", None)
     stored = (before.agent_file or b"").decode(errors="replace")
-    if _ID_TEXT.fullmatch(stored):
-        sources["agent_file"] = stored
+    # Either brace may be missing, as behind a write that stopped short of the last.
+    for text in (stored, stored + "}"):
+        if _ID_TEXT.fullmatch(text):
+            sources["agent_file"] = text
     plain = Case(case.id, case.scenario)
     return Judge([], plain, sources, before, run, after).judge()
 

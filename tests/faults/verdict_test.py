@@ -282,6 +282,11 @@ class Repeats(unittest.TestCase):
         lines = [line.replace(AGENT_ID, FRESH) for line in FROM_FILE]
         self.assertEqual([], self.problems("generated", state, ran(out=FRESH + "\n"), found(FRESH, log(*lines))))
 
+    def test_stored_id_answers_without_its_last_brace(self):
+        state = found(FRESH[:-1])
+        lines = [line.replace(AGENT_ID, FRESH) for line in FROM_FILE]
+        self.assertEqual([], self.problems("generated", state, ran(out=FRESH + "\n"), found(FRESH[:-1], log(*lines))))
+
     def test_other_id_than_the_stored_one(self):
         self.assertIn("the id is that of fresh, prescribed is agent_file",
                       self.problems("generated", found(AGENT_ID), ran(out=FRESH + "\n"), found(FRESH, log(*MADE))))
