@@ -31,10 +31,11 @@ import allocation_sweep
 import kill_sweep
 import machine
 import rotation_faults
+import surroundings
 import syscall_sweep
 import verdict
 
-STAGES = {stage.NAME: stage for stage in (syscall_sweep, allocation_sweep, kill_sweep, rotation_faults)}
+STAGES = {stage.NAME: stage for stage in (syscall_sweep, allocation_sweep, kill_sweep, rotation_faults, surroundings)}
 WORKERS = 2
 CHUNK = 8
 
