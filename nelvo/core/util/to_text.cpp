@@ -19,7 +19,7 @@ std::string HexDigits(std::uint32_t value, std::size_t bytes)
 
 std::string GroupDigits(std::string_view number)
 {
-    const std::size_t sign = !number.empty() && number.front() == '-' ? 1 : 0;
+    const std::size_t sign = number.substr(0, 1) == "-" ? 1 : 0;
     std::string text;
     text.reserve(number.size() + number.size() / 3);
     for (std::size_t i = 0; i != number.size(); ++i)
