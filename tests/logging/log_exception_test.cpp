@@ -95,3 +95,13 @@ TEST_F(LogException, WithoutMemoryForAChannelItIsDropped)
     EXPECT_EQ("", Written());
     EXPECT_TRUE(failed_once);
 }
+
+TEST_F(LogException, WithoutMemoryForAChannelItsMessageIsDroppedToo)
+{
+    const std::runtime_error exception("It broke");
+    FailNextAllocation();
+    logging::log_exception(exception, "text");
+    const bool failed_once = HasAllocationFailed();
+    EXPECT_EQ("", Written());
+    EXPECT_TRUE(failed_once);
+}

@@ -280,7 +280,10 @@ TEST(ExcBaseBuffer, AnyByteButZeroMarksALine)
 TEST_F(ExcBaseEvents, CodesOneToSixAreTaken)
 {
     for (std::int32_t code = 1; code <= 6; ++code)
-        EXPECT_TRUE(Read(Written(Event(code, "info"))).GetTrace().HasEvent(code)) << code;
+    {
+        const exc_base_t read = Read(Written(Event(code, "info")));
+        EXPECT_TRUE(read.GetTrace().HasEvent(code)) << code;
+    }
     EXPECT_EQ("", Logged());
 }
 

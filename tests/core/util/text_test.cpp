@@ -111,6 +111,8 @@ TEST(FindNoCase, TheWideFormDoesTheSame)
     EXPECT_EQ(2, util::FindNoCase(L"abCDcd", L"cd"));
     EXPECT_EQ(4, util::FindNoCase(L"abCDcd", L"CD", 3));
     EXPECT_EQ(-1, util::FindNoCase(L"abc", L"abd"));
+    EXPECT_EQ(0, util::FindNoCase(L"", L""));
+    EXPECT_EQ(3, util::FindNoCase(L"abc", L"", 3));
     EXPECT_EQ(-1, util::FindNoCase(L"abc", L"", 4));
     EXPECT_EQ(1, util::FindNoCase(L"a\u20AC", L"\u20AC"));
 }

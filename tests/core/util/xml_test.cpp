@@ -87,6 +87,7 @@ TEST(EscapeXml, ReplacesAnAmpersandThatBeginsNoEntity)
     EXPECT_EQ("&amp;amp", util::EscapeXml("&amp"));
     EXPECT_EQ("&amp;#38;", util::EscapeXml("&#38;"));
     EXPECT_EQ("&amp;a_b;", util::EscapeXml("&a_b;"));
+    EXPECT_EQ("&amp;a{b;", util::EscapeXml("&a{b;"));
     EXPECT_EQ("&amp;a\xC3\xA9;", util::EscapeXml("&a\xC3\xA9;"));
     EXPECT_EQ("&amp;a\0;"s, util::EscapeXml("&a\0;"s));
     EXPECT_EQ("&amp;a&lt;;", util::EscapeXml("&a<;"));

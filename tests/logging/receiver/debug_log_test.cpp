@@ -5,7 +5,10 @@
 
 #include "nelvo/logging/log.h"
 #include "nelvo/logging/log_channel.h"
+#include "nelvo/logging/receiver/zip_writer.h"
+#include "tests/support/gz.h"
 #include "tests/support/stdout_capture.h"
+#include "tests/support/temp_folder.h"
 
 TEST(DebugLog, HasNoPathAndNoSize)
 {
@@ -22,4 +25,16 @@ TEST(DebugLog, SwallowsMessages)
         boost::make_shared<logging::log_t>(boost::make_shared<logging::receiver::COutputDebugStringLog>());
     logging::log_channel_t("dbg", log).error("text");
     EXPECT_EQ("", captured.text());
+}
+
+TEST(DebugLog, HasNothingToCompress)
+{
+    const temp_folder_t folder;
+    logging::receiver::COutputDebugStringLog receiver;
+    receiver.write("text");
+    {
+        util::zip_writer_t writer(folder / "a.gz", 9);
+        receiver.compress_to(writer);
+    }
+    EXPECT_EQ("", Unpack(folder / "a.gz"));
 }

@@ -9,9 +9,12 @@
 #include "flushed_buffer.h"
 #include "nelvo/logging/log.h"
 #include "nelvo/logging/log_channel.h"
+#include "nelvo/logging/receiver/zip_writer.h"
 #include "tests/support/failing_memory.h"
+#include "tests/support/gz.h"
 #include "tests/support/lines_receiver.h"
 #include "tests/support/stdout_capture.h"
+#include "tests/support/temp_folder.h"
 
 namespace
 {
@@ -50,6 +53,20 @@ TEST(StdoutLog, HasNoPathAndNoSize)
     EXPECT_EQ("", receiver->get_path());
     EXPECT_EQ("\n", receiver->get_eol());
     EXPECT_EQ(0u, receiver->get_size());
+}
+
+TEST(StdoutLog, HasNothingToCompress)
+{
+    const temp_folder_t folder;
+    const stdout_capture_t captured;
+    const auto receiver = create_stdout_log();
+    receiver->write("a\n");
+    {
+        util::zip_writer_t writer(folder / "a.gz", 9);
+        receiver->compress_to(writer);
+    }
+    EXPECT_EQ("", Unpack(folder / "a.gz"));
+    EXPECT_EQ(Frame() + "a\n", captured.text());
 }
 
 TEST(StdoutLog, FlushesItsFrameAndNothingElse)
