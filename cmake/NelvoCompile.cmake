@@ -38,6 +38,12 @@ endif()
 if(NELVO_FUZZ)
     target_compile_options(nelvo_compile INTERFACE -fsanitize=fuzzer-no-link)
 endif()
+# Counts stand in a mapped file at once, one for each program: they are there whichever way a process ends.
+if(NELVO_COVERAGE)
+    target_compile_options(nelvo_compile INTERFACE -fprofile-instr-generate=${CMAKE_BINARY_DIR}/counts/%m%c.profraw
+        -fcoverage-mapping -fprofile-update=atomic "SHELL:-mllvm -runtime-counter-relocation")
+    target_link_options(nelvo_compile INTERFACE -fprofile-instr-generate)
+endif()
 target_link_options(nelvo_compile INTERFACE -Wl,-z,relro,-z,now,-z,noexecstack)
 
 # Leaves a third of the tool out of the file. There is no link-time optimisation: tool_bench shows less than one

@@ -385,6 +385,39 @@ class Proof(Commands):
         self.expect("valgrind", builds, "tests/memcheck/run.py", "build/debug", "io_.*", given=["io_.*"])
 
 
+class Coverage(Commands):
+    LLVM_COV = NOTES + '[ "$1" != export ] || echo "{}"\n'
+
+    def setUp(self):
+        notes = "#!/bin/sh\n" + NOTES
+        built = {"programs.txt": "/build/a_test\n/build/b_test\n", "counts/old.profraw": ""}
+        self.command = self.make(
+            "coverage", {"script/bootstrap": notes, "script/configure": notes,
+                         **{"build/coverage/" + path: text for path, text in built.items()}},
+            {"cmake": NOTES, "ctest": NOTES + 'ls build/coverage/counts >> "$CALLS"\nexit "${STATUS:-0}"\n',
+             "nproc": "echo 2\n", "setfacl": "", "llvm-profdata-14": NOTES, "llvm-cov-14": self.LLVM_COV,
+             "python3": NOTES + 'cat "$3" >> "$CALLS"\nexit 7\n'})
+
+    def test_builds_runs_every_test_and_ends_with_what_the_counts_say(self):
+        result, calls = self.run_command(self.command)
+        build = "build/coverage"
+        counted = (f"-instr-profile={build}/counts.profdata {build}/tool/nelvoagentid "
+                   "-object /build/a_test -object /build/b_test nelvo tool")
+        self.assertEqual(
+            ["bootstrap ", "bootstrap script/packages-coverage.txt", "configure coverage",
+             "cmake --build --preset coverage",
+             f"ctest --test-dir {build} --output-on-failure --no-tests=error --parallel 2",
+             f"llvm-profdata-14 merge -o {build}/counts.profdata {build}/counts",
+             f"llvm-cov-14 export -skip-functions {counted}",
+             f"llvm-cov-14 show -format=html -show-branches=count -output-dir={build}/html {counted}",
+             f"python3 tests/checks/coverage.py . {build}/counts.json", "{}"], calls)
+        self.assertEqual(7, result.returncode)
+
+    def test_counts_nothing_when_a_test_fails(self):
+        result, calls = self.run_command(self.command, STATUS="8")
+        self.assertEqual((8, "ctest"), (result.returncode, calls[-1].split()[0]))
+
+
 class Lint(Commands):
     def setUp(self):
         notes = "#!/bin/sh\n" + NOTES

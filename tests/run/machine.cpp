@@ -24,6 +24,9 @@ const char kAskSource[] = "/tool/ask_source";
 const char kShortOfMemory[] = "/tool/short_of_memory";
 const char kShell[] = "/usr/bin/sh";
 const char kWorkFolder[] = "/work";
+#ifdef NELVO_COUNTS
+const char kCounts[] = "/counts"; // where the tool counts what it executes
+#endif
 const char kSearchPath[] = "/fake:/tool:/usr/bin:/bin";
 
 // The search path first. How a sanitizer reports is the caller's choice, on the private machine too.
@@ -234,6 +237,11 @@ void machine_t::ShareSystem()
     BindFile(NELVO_TOOL, kTool);
     BindFile(ASK_SOURCE, kAskSource);
     BindFile(SHORT_OF_MEMORY, kShortOfMemory);
+#ifdef NELVO_COUNTS
+    Folder(kCounts);
+    m_process.mounts.push_back({mount_t::kind_t::kBind, NELVO_COUNTS, Place(kCounts)});
+    m_process.environment.push_back(std::string("LLVM_PROFILE_FILE=") + kCounts + "/%m%c.profraw");
+#endif
 }
 
 void machine_t::Script(const std::string& name, const std::string& script)
