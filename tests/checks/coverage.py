@@ -109,10 +109,11 @@ def reader_faults(root, files):
         if os.path.splitext(path)[0] in readers:
             taken.update(branches(root, path, file))
     untaken = [branch for branch, count in taken.items() if count == 0]
-    known = {(branch.path, branch.text, branch.side) for branch in untaken}
+    known = collections.Counter((branch.path, branch.text, branch.side) for branch in untaken)
     faults += (f"{LIST}: {reader} has no source" for reader in
                sorted(readers - {os.path.splitext(path)[0] for path in files}))
-    faults += (f"{LIST}: {path}: {text}: is taken, or is not there" for path, text, _ in sorted(never - known))
+    faults += (f"{LIST}: {path}: {text}: {known[path, text, side]} branches are never {side}, not one"
+               for path, text, side in sorted(never) if known[path, text, side] != 1)
     faults += (f"{path}:{line}: never {side}: {text}" for path, line, text, side in sorted(untaken)
                if (path, text, side) not in never)
     return faults

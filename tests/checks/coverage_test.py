@@ -89,11 +89,14 @@ class Coverage(unittest.TestCase):
         self.assertEqual(["nelvo/core/a.cpp:3: never false: symbol == '.'"],
                          self.run_check(entry("nelvo/core/a.cpp", taken=[dot(0, 0)]), text=LIST + reason))
 
-    def test_a_reason_for_what_is_taken_or_is_not_there_is_a_fault(self):
-        fault = ["tests/checks/coverage.txt: nelvo/core/a.cpp: symbol == '.': is taken, or is not there"]
+    def test_a_reason_for_another_number_of_branches_than_one_is_a_fault(self):
         reason = "never true nelvo/core/a.cpp: symbol == '.': there is no point.\n"
-        for taken in ([dot(1, 7)], []):
-            self.assertEqual(fault, self.run_check(entry("nelvo/core/a.cpp", taken=taken), text=LIST + reason))
+        second = (4, 12, 4, 25, 0, 7)
+        source = SOURCE.replace("        symbol == ','", "           symbol == '.'")
+        for count, taken in ((0, [dot(1, 7)]), (0, []), (2, [dot(0, 7), second])):
+            self.assertEqual([f"tests/checks/coverage.txt: nelvo/core/a.cpp: symbol == '.': "
+                              f"{count} branches are never true, not one"],
+                             self.run_check(entry("nelvo/core/a.cpp", taken=taken), text=LIST + reason, source=source))
 
     def test_a_reader_without_a_source_is_a_fault(self):
         self.assertEqual(["tests/checks/coverage.txt: nelvo/core/a has no source"],
