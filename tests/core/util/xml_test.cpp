@@ -76,6 +76,7 @@ TEST(EscapeXml, LeavesWhatIsEscapedAlone)
     EXPECT_EQ("a &amp; b", util::EscapeXml("a &amp; b"));
     EXPECT_EQ("&lt;&gt;&quot;&apos;", util::EscapeXml("&lt;&gt;&quot;&apos;"));
     EXPECT_EQ("&unknown1;", util::EscapeXml("&unknown1;"));
+    EXPECT_EQ("&09AZaz;", util::EscapeXml("&09AZaz;"));
     EXPECT_EQ("&lt;&lt;", util::EscapeXml("<&lt;"));
 }
 
@@ -87,10 +88,11 @@ TEST(EscapeXml, ReplacesAnAmpersandThatBeginsNoEntity)
     EXPECT_EQ("&amp;amp", util::EscapeXml("&amp"));
     EXPECT_EQ("&amp;#38;", util::EscapeXml("&#38;"));
     EXPECT_EQ("&amp;a_b;", util::EscapeXml("&a_b;"));
-    EXPECT_EQ("&amp;a{b;", util::EscapeXml("&a{b;"));
     EXPECT_EQ("&amp;a\xC3\xA9;", util::EscapeXml("&a\xC3\xA9;"));
     EXPECT_EQ("&amp;a\0;"s, util::EscapeXml("&a\0;"s));
     EXPECT_EQ("&amp;a&lt;;", util::EscapeXml("&a<;"));
+    for (const char neighbour : "/:@[`{"s)
+        EXPECT_EQ("&amp;"s + neighbour + ";", util::EscapeXml("&"s + neighbour + ";"));
 }
 
 TEST(EscapeXml, AnAmpersandMayStandInsideAnEntity)
