@@ -61,7 +61,11 @@ def plan_stage(name, quick):
 
 
 def run_case(case, losses):
-    return STAGES[stage_name(case.id)].run(case, losses)
+    """The verdict on a case. What goes wrong around it is a problem of that case, so that the others go on."""
+    try:
+        return STAGES[stage_name(case.id)].run(case, losses)
+    except Exception as failure:
+        return verdict.Verdict(problems=[f"the campaign itself failed: {failure!r}"])
 
 
 def run_chunk(cases, losses):

@@ -114,9 +114,16 @@ def _bind(source, target, writable=False):
         _mount(None, target, None, _MS_BIND | _MS_REMOUNT | _MS_RDONLY)
 
 
+def _copy_files(source, target):
+    """The files of a folder, as they are now: it may be built in again while the campaign runs."""
+    for entry in os.scandir(source):
+        if entry.is_file():
+            shutil.copy(entry.path, target)
+
+
 def enter(empty_folder, build):
     """Moves this process to a private machine, for good. The folder is a mount point, shared with nobody else's
-    view; build is the folder of the release build, whose tool and programs stand in /tool and /faults."""
+    view; build is the folder of the release build. Copies of its tool and programs stand in /tool and /faults."""
     if _libc.unshare(_CLONE_NEWNS) != 0:
         error = ctypes.get_errno()
         raise OSError(error, os.strerror(error), "unshare")
@@ -127,8 +134,8 @@ def enter(empty_folder, build):
         os.mkdir(root + folder)
     _bind("/usr", root + "/usr")
     _bind("/proc", root + "/proc", writable=True)
-    _bind(f"{build}/tool", root + "/tool")
-    _bind(f"{build}/tests/faults", root + "/faults")
+    _copy_files(f"{build}/tool", root + "/tool")
+    _copy_files(f"{build}/tests/faults", root + "/faults")
     for folder in ("/bin", "/sbin", "/lib", "/lib64"):
         if os.path.islink(folder):
             os.symlink(os.readlink(folder), root + folder)

@@ -47,7 +47,7 @@ LEFT_OUT = {
     "prlimit64": "asking for one's own limits cannot fail",
     "rt_sigprocmask": "cannot fail with the C library's own arguments",
 }
-# What is retried for as long as it is interrupted, by the files of the library and of the C++ library, and by pclose.
+# What is retried for as long as it is interrupted: by the library's files, the C++ library's, and by pclose.
 LOOPING_TARGETS = {"read": {"agent-file", "log", "sysfs"}, "wait4": {"process"}, "write": {"log", "stored-file"}}
 LOOPS = {f"{name} of {target}, EINTR from then on": "is retried for as long as it is interrupted"
          for name, targets in LOOPING_TARGETS.items() for target in sorted(targets)}

@@ -1,6 +1,8 @@
 """Shows on made runs what the judgement of the campaign finds, and what it lets pass."""
 
+import types
 import unittest
+import unittest.mock
 
 import campaign
 import machine
@@ -309,6 +311,12 @@ class Report(unittest.TestCase):
                            "replay": "./script/faults --replay 'stage/x/1'"},
                           {"id": "stage/x/2", "problems": ["hangs"],
                            "replay": "./script/faults --replay 'stage/x/2'"}], tally.failures)
+
+    def test_case_that_cannot_be_run_is_a_failure(self):
+        made = types.SimpleNamespace(run=lambda case, losses: [][0])
+        with unittest.mock.patch.dict(campaign.STAGES, {"stage": made}):
+            found_problems = campaign.run_case(verdict.Case("stage/x", "sysfs"), []).problems
+        self.assertEqual(["the campaign itself failed: IndexError('list index out of range')"], found_problems)
 
     def test_entries_that_no_case_used_are_told(self):
         losses = [{"name": "used"}, {"name": "not used"}]
