@@ -10,6 +10,8 @@
 namespace crypto
 {
 
+inline void WipeUsed(char*, std::size_t) noexcept {}
+
 template <class T>
 class sec_allocator_t : public std::allocator<T>
 {
