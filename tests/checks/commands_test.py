@@ -368,19 +368,19 @@ class Proof(Commands):
         result, calls = self.run_command(path, *given)
         self.assertEqual(["bootstrap ", *builds, f"python3 {script} " + " ".join(arguments)], calls)
         self.assertEqual(0, result.returncode)
-        self.assertRegex(result.stdout, f"^== {command} took [0-9]+ s\n$")
-        result, _ = self.run_command(path, STATUS="7")
-        self.assertEqual(7, result.returncode)
-        self.assertRegex(result.stdout, f"^== {command} took [0-9]+ s\n$")
+        self.assertEqual(7, self.run_command(path, STATUS="7")[0].returncode)
+        os.remove(self.path("calls"))
         self.become(cmake="exit 3\n")
-        self.assertEqual((3, ""), (self.run_command(path)[0].returncode, self.run_command(path)[0].stdout))
+        result, calls = self.run_command(path)
+        self.assertEqual((3, ["bootstrap ", builds[0]]), (result.returncode, calls))
 
     def test_wiping(self):
         self.expect("wiping", ["configure wiping", "cmake --build --preset wiping --target wiping"],
                     "tests/wiping/report.py", "build/wiping")
 
     def test_valgrind(self):
-        builds = ["configure debug", "cmake --build --preset debug"]
+        builds = ["configure debug", "cmake --build --preset debug --target tests/core/cnt/all tests/io/all "
+                                     "tests/fs/all tests/crypto/all fuzz/all"]
         self.expect("valgrind", builds, "tests/memcheck/run.py", "build/debug", "")
         self.expect("valgrind", builds, "tests/memcheck/run.py", "build/debug", "io_.*", given=["io_.*"])
 
@@ -424,29 +424,60 @@ class Lint(Commands):
         sources = {"nelvo/a.h": "", "nelvo/a.cpp": "", "tool/b.cpp": "", "tests/c.cpp": "", "bench/d.cpp": "",
                    "fuzz/e.cpp": ""}
         self.command = self.make("lint", {"script/bootstrap": notes, **sources},
-                                 {"clang-format": NOTES, "clang-tidy": NOTES, "cmake": "", "nproc": "echo 1\n"})
+                                 {"clang-format": NOTES, "clang-tidy": NOTES, "cppcheck": NOTES, "cmake": "",
+                                  "nproc": "echo 1\n"})
 
     def lint(self, *arguments):
         result, calls = self.run_command(self.command, *arguments)
         self.status = result.returncode
         words = [call.split() for call in calls]
         return [{word for call in words if call[0] == name for word in call if word.endswith((".h", ".cpp"))}
-                for name in ("clang-format", "clang-tidy")]
+                for name in ("clang-format", "cppcheck", "clang-tidy")]
 
     def test_looks_at_every_file(self):
         sources = {"nelvo/a.cpp", "tool/b.cpp", "tests/c.cpp", "bench/d.cpp", "fuzz/e.cpp"}
-        self.assertEqual([sources | {"nelvo/a.h"}, sources], self.lint())
+        self.assertEqual([sources | {"nelvo/a.h"}, sources | {"nelvo/a.h"}, sources], self.lint())
         self.assertEqual(0, self.status)
 
     def test_looks_at_the_files_that_it_is_given(self):
-        self.assertEqual([{"nelvo/a.h", "tool/b.cpp"}, {"tool/b.cpp"}], self.lint("nelvo/a.h", "tool/b.cpp"))
+        given = {"nelvo/a.h", "tool/b.cpp"}
+        self.assertEqual([given, given, {"tool/b.cpp"}], self.lint(*given))
 
     def test_fails_when_a_linter_does(self):
-        for name in ("clang-format", "clang-tidy"):
+        for name in ("clang-format", "cppcheck", "clang-tidy"):
             self.become(**{name: "exit 1\n"})
             self.lint()
             self.assertNotEqual(0, self.status)
             self.become(**{name: NOTES})
+
+
+class WholeProof(Commands):
+    STAGES = {"lint": "lint ", "wiping": "wiping ", "fuzz": "fuzz 10", "release": "test ", "faults": "faults ",
+              "asan": "test --preset asan", "valgrind": "valgrind ", "tsan": "test --preset tsan"}
+
+    def setUp(self):
+        with open(os.path.join(ROOT, ".ci", "run"), encoding="utf-8") as file:
+            proof = file.read()
+        stage = "#!/bin/sh\n" + NOTES + '[ "${0##*/} $*" != "$BAD" ] || exit 7\n'
+        names = {call.split()[0] for call in self.STAGES.values()}
+        self.make("lint", {".ci/run": proof, **{f"script/{name}": stage for name in names}}, {"date": "echo 7\n"})
+        with open(self.path("script", "lint"), "w", encoding="utf-8") as file:
+            file.write(stage)
+        self.command = self.path(".ci", "run")
+        os.chmod(self.command, 0o755)
+
+    def test_runs_every_stage_and_tells_its_time(self):
+        result, calls = self.run_command(self.command)
+        self.assertEqual((0, list(self.STAGES.values())), (result.returncode, calls))
+        self.assertEqual("".join(f"== {name} took 0 s\n" for name in self.STAGES), result.stdout)
+
+    def test_ends_with_the_first_stage_that_fails(self):
+        stages = list(self.STAGES.values())
+        for number, call in enumerate(stages):
+            with self.subTest(call):
+                result, calls = self.run_command(self.command, BAD=call)
+                self.assertEqual((7, stages[:number + 1]), (result.returncode, calls))
+                os.remove(self.path("calls"))
 
 
 if __name__ == "__main__":
