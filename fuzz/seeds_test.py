@@ -1,10 +1,19 @@
-"""Writes seeds from made lists."""
+"""Writes seeds from made lists, and looks at which lists the targets have."""
 
+import glob
 import os
 import tempfile
 import unittest
 
 import seeds
+
+FUZZ = os.path.dirname(os.path.abspath(__file__))
+ROOT = os.path.dirname(FUZZ)
+
+
+def names(pattern):
+    """The names of the files of the tree that match, without what follows the first dot."""
+    return {os.path.basename(path).split(".")[0] for path in glob.glob(os.path.join(ROOT, pattern))}
 
 
 class Seeds(unittest.TestCase):
@@ -54,6 +63,24 @@ class Seeds(unittest.TestCase):
         for lists in ({"a_txt": "\\q\n"}, {"a_hex": "x: 0g\n"}, {"a_hex": "01 02\n"}):
             with self.assertRaises((KeyError, ValueError, IndexError)):
                 self.written(**lists)
+
+
+class Lists(unittest.TestCase):
+    def setUp(self):
+        self.targets = {name.removesuffix("_fuzz") for name in names("fuzz/*_fuzz.cpp")}
+        with open(os.path.join(FUZZ, "CMakeLists.txt"), encoding="utf-8") as file:
+            self.text = file.read()
+
+    def test_each_target_is_built(self):
+        self.assertEqual([], [name for name in self.targets if f"\nnelvo_add_fuzz({name}" not in self.text])
+
+    def test_each_golden_record_is_a_seed(self):
+        records = names("tests/data/*.hex")
+        self.assertEqual([], [name for name in records if f" tests/data/{name}.hex" not in self.text])
+        self.assertGreater(len(records), 15)
+
+    def test_each_list_and_each_kept_input_belongs_to_a_target(self):
+        self.assertEqual(set(), (names("fuzz/seeds/*") | names("fuzz/corpus/*")) - self.targets)
 
 
 if __name__ == "__main__":
