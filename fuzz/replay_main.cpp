@@ -2,8 +2,8 @@
 //
 // The files of the folder of seeds are run as they are and changed: cut off at every length, with every bit
 // turned, with any one and any four bytes 00 and FF, and at several places at random. The inputs are the same
-// in each run. Those of a folder of cuts are cut off and nothing else. A file on its own is run as it is, and so
-// are the files of another folder.
+// in each run. Those of a folder of cuts are cut off and nothing else. A file on its own is run as it is, and
+// so are the files of another folder.
 //
 // An input that ends the program is kept as NAME_replay.finding in the current folder, to be run alone.
 
@@ -27,8 +27,11 @@
 #include "fuzz/fuzz_target.h"
 
 // A sanitizer's finding raises a signal, as all others do.
-// NOLINTBEGIN(bugprone-reserved-identifier)
-extern "C" const char* __asan_default_options() { return "abort_on_error=1"; }
+// NOLINTBEGIN(bugprone-reserved-identifier): the runtimes look for these names.
+extern "C" const char* __asan_default_options()
+{
+    return "abort_on_error=1:check_initialization_order=1:strict_init_order=1:detect_stack_use_after_return=1";
+}
 extern "C" const char* __tsan_default_options() { return "abort_on_error=1:halt_on_error=1"; }
 extern "C" const char* __ubsan_default_options() { return "abort_on_error=1:print_stacktrace=1"; }
 // NOLINTEND(bugprone-reserved-identifier)

@@ -18,7 +18,7 @@ namespace
 using lock_t = boost::lock_guard<boost::recursive_mutex>;
 using instance_t = util::process_instance_tt<CThreadStatesCollection>;
 
-// Before main, and so before there are threads.
+// Before main, and so before there are threads. An exception may end the program there.
 const bool kPrepared = instance_t::Prepare(); // NOLINT(cert-err58-cpp)
 
 boost::shared_ptr<CThreadState> StateOfThisThread()

@@ -40,7 +40,6 @@ void* Map(std::size_t size)
                                    MAP_PRIVATE | MAP_ANONYMOUS | MAP_NORESERVE, -1, 0L);
     if (address == -1)
         return nullptr;
-    // NOLINTNEXTLINE(performance-no-int-to-ptr): the kernel gives a number
     *block = {reinterpret_cast<void*>(address), size};
     return block->begin;
 }

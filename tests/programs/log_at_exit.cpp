@@ -44,7 +44,7 @@ private:
 // Built before the process log and ended after it has let its receiver go.
 [[gnu::init_priority(101)]] const reports_at_exit_t g_reports_last{"from the last one: lost"};
 
-const logs_at_exit_t g_logs_at_exit; // NOLINT(cert-err58-cpp)
+const logs_at_exit_t g_logs_at_exit;
 const reports_at_exit_t g_reports_first{"from a later one"};
 
 } // namespace

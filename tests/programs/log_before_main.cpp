@@ -17,7 +17,7 @@ struct logs_before_main_t
     const logging::log_channel_t m_channel{"early"};
 };
 
-[[gnu::init_priority(101)]] const logs_before_main_t g_logs_before_main; // NOLINT(cert-err58-cpp)
+[[gnu::init_priority(101)]] const logs_before_main_t g_logs_before_main;
 
 } // namespace
 

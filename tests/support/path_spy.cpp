@@ -115,7 +115,7 @@ std::vector<std::string> EndsOfAsks(const std::string& events)
 
 } // namespace
 
-// NOLINTBEGIN(bugprone-macro-parentheses)
+// NOLINTBEGIN(bugprone-macro-parentheses): types, parameters and names cannot stand in any.
 #define SPY_ON(Result, name, parameters, arguments, ...)                                                     \
     extern "C" Result name parameters                                                                        \
     {                                                                                                        \
@@ -151,7 +151,7 @@ SPY_ON(FILE*, fopen, (const char* path, const char* mode), (path, mode), Touch(p
 SPY_ON(FILE*, fopen64, (const char* path, const char* mode), (path, mode), Touch(path))
 // clang-format on
 
-// NOLINTNEXTLINE(bugprone-macro-parentheses)
+// NOLINTNEXTLINE(bugprone-macro-parentheses): a name that is declared cannot stand in any.
 #define SPY_ON_OPEN(name)                                                                                    \
     extern "C" int name(const char* path, int flags, ...)                                                    \
     {                                                                                                        \
@@ -178,7 +178,7 @@ extern "C" long syscall(long number, ...) noexcept
     va_end(arguments);
     static const auto next = Next<long (*)(long, ...)>("syscall");
     if (number == SYS_statx)
-        Touch(reinterpret_cast<const char*>(values[1])); // NOLINT(performance-no-int-to-ptr)
+        Touch(reinterpret_cast<const char*>(values[1]));
     return next(number, values[0], values[1], values[2], values[3], values[4], values[5]);
 }
 

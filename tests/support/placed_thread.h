@@ -26,7 +26,7 @@ constexpr std::uintptr_t kAbove2To32 = 0x1'4000'0000;
 inline void RunOnThreadAt(std::uintptr_t address, const std::function<void()>& body)
 {
     constexpr std::size_t kSize = 0x100'000;
-    void* const place = reinterpret_cast<void*>(address); // NOLINT(performance-no-int-to-ptr)
+    void* const place = reinterpret_cast<void*>(address);
     void* const stack = ::mmap(place, kSize, PROT_READ | PROT_WRITE,
                                MAP_PRIVATE | MAP_ANONYMOUS | MAP_STACK | MAP_FIXED_NOREPLACE, -1, 0);
     ASSERT_EQ(place, stack);
