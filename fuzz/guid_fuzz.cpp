@@ -52,8 +52,11 @@ void TryBytes(const std::uint8_t* data, std::size_t size)
     Guid value;
     const bool is_read = fuzz::Reads([&] { value = Guid::FromBytes(data, size); });
     fuzz::Require(is_read == (size == Guid::kSize));
-    if (is_read)
-        fuzz::Require(std::memcmp(value.Data(), data, size) == 0 && IsRead(value));
+    if (!is_read)
+        return;
+    cnt::plain_array_t bytes;
+    value.CopyTo(bytes);
+    fuzz::Require(bytes == cnt::plain_array_t(reinterpret_cast<const char*>(data), size) && IsRead(value));
 }
 
 // One file in memory for all inputs.

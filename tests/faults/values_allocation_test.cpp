@@ -453,7 +453,7 @@ TEST(GuidWithoutMemory, IsGeneratedOrThrows)
 TEST(GuidWithoutMemory, IsCopiedToAnArrayOrLeavesIt)
 {
     const Guid id = Guid::Parse(kIdText);
-    const std::string bytes(reinterpret_cast<const char*>(id.Data()), Guid::kSize);
+    const std::string bytes = Unhex("00112233445566778899aabbccddeeff");
     SweepChange(
         cnt::plain_array_t("ab", 2), bytes, [&](cnt::plain_array_t& array) { id.CopyTo(array); },
         BytesOf<cnt::plain_array_t>);
