@@ -1,5 +1,5 @@
-// What takes text apart and puts it together: quoted parts, lists, XML, the names of logs, paths and
-// the prefixes of virtual ones.
+// What takes text apart and puts it together: quoted parts, lists, XML, the names of logs, paths, the
+// prefixes of virtual ones and the volumes of others.
 
 #include "nelvo/core/util/text.h"
 
@@ -8,6 +8,7 @@
 #include "nelvo/core/util/path_text.h"
 #include "nelvo/core/util/quoted_split.h"
 #include "nelvo/core/util/xml.h"
+#include "nelvo/fs/free_space.h"
 #include "nelvo/io/dev_registry.h"
 
 namespace
@@ -150,6 +151,18 @@ void TryVirtualPath(const std::string& path)
     fuzz::Require(registry.FindPrefixPath("CloudDisk://" + path) == path);
 }
 
+// The volume is the beginning of the path, up to the separator behind the volume's name.
+void TryVolume(const std::string& path)
+{
+    constexpr std::string_view kVolumes = "/vmfs/volumes/";
+    std::string volume = "before";
+    const bool is_vmfs = util::IsVmfsPath(path, volume);
+    fuzz::Require(is_vmfs == util::StartsWithNoCase(path, kVolumes));
+    const std::string name = is_vmfs ? path.substr(kVolumes.size()) : std::string();
+    const std::string expected = path.substr(0, kVolumes.size()) + name.substr(0, name.find_first_of("/\\"));
+    fuzz::Require(volume == (is_vmfs ? expected : "before"));
+}
+
 // Wide text of any value.
 void TryWide(const std::wstring& text)
 {
@@ -174,5 +187,6 @@ void fuzz::Try(const std::uint8_t* data, std::size_t size)
     TryLogName(text);
     TryPath(text);
     TryVirtualPath(std::string(text));
+    TryVolume(std::string(text));
     TryWide(WideText(data, size));
 }
