@@ -80,7 +80,7 @@ void TryFile(std::string_view content)
     const std::string path = FileOf(content);
     fuzz::Require(ReadFirstFileToken(path) == FirstWord(content));
     Guid id;
-    fuzz::Require(LookUuidInFile(path, id) == !Guid::Parse(FirstWord(content)).IsNull());
+    fuzz::Require(LookUuidInFile(path.c_str(), id) == !Guid::Parse(FirstWord(content)).IsNull());
     fuzz::Require(id == Guid::Parse(FirstWord(content)));
 }
 

@@ -139,7 +139,7 @@ bool FindExistingAgentId(Guid& out)
     return false;
 }
 
-bool LookUuidInFile(const std::string& path, Guid& out)
+bool LookUuidInFile(const char* path, Guid& out)
 try
 {
     if (!util::ExistsByStat(path))

@@ -29,8 +29,8 @@ bool FindExistingAgentId(Guid& out);
 
 // The id in a file: its first token, parsed by Guid::Parse and assigned to out. False if the path does not
 // exist, or if the token is missing, bad or all zero. Lets no std::exception out: a failure is logged, and is
-// false too.
-bool LookUuidInFile(const std::string& path, Guid& out);
+// false too. The caller needs no memory for the path.
+bool LookUuidInFile(const char* path, Guid& out);
 
 // The first token of a file, delimited by white space; empty if it has none. Throws posix::errno_exc_t with
 // "Failed to open file [<path>]." if the file cannot be opened.

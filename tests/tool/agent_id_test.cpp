@@ -21,7 +21,7 @@ struct lookup_t
 lookup_t Look(const std::string& path)
 {
     Guid id = Guid::Parse(kOther);
-    const bool found = LookUuidInFile(path, id);
+    const bool found = LookUuidInFile(path.c_str(), id);
     return {found, id.ToString()};
 }
 
