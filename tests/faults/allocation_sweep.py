@@ -15,13 +15,17 @@ def _hits(phase, mode):
 
 
 def _cases(scenario, seen):
+    """What is asked for between reading the log and the next call is for packing what was read."""
+    packs = False
     for call in seen:
         if call.name != "alloc":
+            packs = (call.name, call.target) == ("read", "log")
             continue
+        step = "packing" if packs else call.phase
         for mode in ("once", "on"):
-            yield verdict.Case(id=f"{NAME}/{scenario.name}/{call.phase}/{call.number}/{mode}",
+            yield verdict.Case(id=f"{NAME}/{scenario.name}/{step}/{call.number}/{mode}",
                                scenario=scenario.name, fault=f"alloc:0:{call.number}:{mode}",
-                               hits=_hits(call.phase, mode))
+                               hits=_hits(call.phase, mode), memory=True)
 
 
 def plan(quick):

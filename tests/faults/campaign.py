@@ -16,6 +16,7 @@ A stage is a module with
 """
 
 import argparse
+import collections
 import concurrent.futures
 import dataclasses
 import fnmatch
@@ -103,27 +104,31 @@ def report_failure(case_id, problems):
     print(f"    {replay_command(case_id)}", flush=True)
 
 
+def picked(cases, wanted):
+    """Those that a STAGE/PATTERN names; all for a stage alone."""
+    return [case for case in cases if "/" not in wanted or fnmatch.fnmatchcase(case.id, wanted)]
+
+
 class Campaign:
     """The workers and what they found."""
 
     def __init__(self, pool, losses):
         self.pool = pool
         self.losses = losses
-        self.used = set()
+        self.used = collections.Counter()  # in how many cases what of an entry came true
         self.tallies = {}
 
     def run_stage(self, wanted, quick):
         begin = time.monotonic()
         name = stage_name(wanted)
         plan = self.pool.submit(plan_stage, name, quick).result()
-        if "/" in wanted:
-            plan.cases = [case for case in plan.cases if fnmatch.fnmatchcase(case.id, wanted)]
-        tally = self.tallies[name] = Tally(plan.counts, plan.skipped)
-        print(f"== {wanted}: {len(plan.cases)} cases", flush=True)
-        chunks = [plan.cases[i:i + CHUNK] for i in range(0, len(plan.cases), CHUNK)]
+        cases = picked(plan.cases, wanted)
+        tally = self.tallies[wanted] = Tally(plan.counts, plan.skipped)
+        print(f"== {wanted}: {len(cases)} cases", flush=True)
+        chunks = [cases[i:i + CHUNK] for i in range(0, len(cases), CHUNK)]
         for done in self.pool.map(run_chunk, chunks, [self.losses] * len(chunks)):
             for case_id, found in done:
-                self.used |= found.used
+                self.used.update(found.used)
                 tally.add(case_id, found)
                 if found.problems:
                     report_failure(case_id, found.problems)
@@ -144,10 +149,16 @@ class Campaign:
             print(f"fault: {case.fault}\nstatus: {found.run.status} after {found.run.seconds:.2f} s")
             print(f"standard output:\n{found.run.out}standard error:\n{found.run.err}", end="")
         if found.used:
-            print(f"allowed losses: {', '.join(sorted(found.used))}")
+            print(f"allowed losses: {', '.join(sorted({entry for entry, _ in found.used}))}")
         if found.problems:
             report_failure(case_id, found.problems)
         return not found.problems
+
+    def notes(self):
+        """What cannot be seen on this system."""
+        if self.pool.submit(machine.sees_cores).result():
+            return []
+        return ["core dumps are not looked for: /proc/sys/kernel/core_pattern has them elsewhere"]
 
     def planted_loss_is_reported(self):
         """A loss that no entry allows, as a check of the whole way from fault to report."""
@@ -166,28 +177,40 @@ def show_table(tallies):
               f"{len(tally.failures):>8}{tally.seconds:>9}")
 
 
-def write_results(campaign, errors):
+def write_results(campaign, notes, errors):
     RESULTS.parent.mkdir(parents=True, exist_ok=True)
     stages = {name: dataclasses.asdict(tally) for name, tally in campaign.tallies.items()}
-    RESULTS.write_text(json.dumps({"stages": stages, "losses_used": sorted(campaign.used), "errors": errors},
-                                  indent=1) + "\n", encoding="utf-8")
+    RESULTS.write_text(json.dumps({"stages": stages, "losses_used": losses_used(campaign), "notes": notes,
+                                   "errors": errors}, indent=1) + "\n", encoding="utf-8")
 
 
-def unused_entries(losses, used):
-    return [f"never matched in expected_loss.json: {entry['name']}"
-            for entry in losses if entry["name"] not in used]
+def losses_used(campaign):
+    """Of each entry, how many cases needed which of its patterns and kinds."""
+    return {entry["name"]: {part: campaign.used[entry["name"], part]
+                            for part in entry["faults"] + entry.get("by chance", []) + entry["loses"]}
+            for entry in campaign.losses}
+
+
+def unused_parts(losses, used):
+    """The patterns and the kinds of the entries that no case needed: they allow more than is lost."""
+    return [f"never matched in expected_loss.json: {entry['name']}: {part}"
+            for entry in losses for part in entry["faults"] + entry["loses"] if (entry["name"], part) not in used]
 
 
 def run_campaign(campaign, names, quick):
     errors = []
     for name in names:
         campaign.run_stage(name, quick)
+    errors += [f"there is no case {name}" for name, tally in campaign.tallies.items() if not tally.runs]
     if syscall_sweep.NAME in names and not campaign.planted_loss_is_reported():
         errors.append("a planted loss was not reported")
     if not quick and sorted(names) == sorted(STAGES):
-        errors += unused_entries(campaign.losses, campaign.used)
-    write_results(campaign, errors)
+        errors += unused_parts(campaign.losses, campaign.used)
+    notes = campaign.notes()
+    write_results(campaign, notes, errors)
     show_table(campaign.tallies)
+    for note in notes:
+        print(f"NOTE: {note}")
     for error in errors:
         print(f"FAILED: {error}")
     return not errors and not any(tally.failures for tally in campaign.tallies.values())

@@ -17,6 +17,7 @@ import functools
 import gzip
 import os
 import pathlib
+import resource
 import shutil
 import signal
 import subprocess
@@ -32,6 +33,7 @@ SYSFS = "/sys/class/dmi/id/product_uuid"
 LOG = "/work/nelvoagentid.log"
 FALLBACK_FOLDER = "/tmp/NelvoBackup"
 CALLS = "/out/calls"
+INJECTED = "/out/injected"  # where strace and the preloaded library mark the failures that they brought about
 
 SOURCES = ("agent_file", "dmidecode", "sysfs")  # as they are asked
 AGENT_ID = "{a0a1a2a3-a4a5-46a7-88a9-aaabacadaeaf}"
@@ -78,6 +80,7 @@ class Run:
     seconds: float
     hung: bool
     core: bool
+    missed: bool = False  # the run never came to its fault
 
 
 @dataclasses.dataclass
@@ -151,6 +154,8 @@ def enter(empty_folder, build):
         _bind(sys.base_prefix, root + sys.base_prefix)
     # Children that outlive a run come to this process, which then waits for them.
     _libc.prctl(_PR_SET_CHILD_SUBREAPER, 1, 0, 0, 0)
+    _, most = resource.getrlimit(resource.RLIMIT_CORE)
+    resource.setrlimit(resource.RLIMIT_CORE, (most, most))
     os.chroot(root)
     os.chdir("/")
 
@@ -238,11 +243,20 @@ def run_tool(strace=None, preload=None, options=(), stdout=None, environment=Non
     if preload is not None:
         variables |= {"LD_PRELOAD": PRELOAD, "FAULT": preload}
     command = [TOOL, *options]
-    if strace is None:
-        return run_program(command, variables, stdout, limit)
-    for_the_tool = [item for name, value in variables.items() for item in ("-E", f"{name}={value}")]
-    output = [] if "-o" in strace else ["-o", "/dev/null"]
-    return run_program(["/usr/bin/strace", "-qq", *for_the_tool, *output, *strace, *command], {}, stdout, limit)
+    fails = preload not in (None, "count") or any("error=" in option for option in strace or ())
+    if strace is not None:
+        for_the_tool = [item for name, value in variables.items() for item in ("-E", f"{name}={value}")]
+        output = [] if "-o" in strace else ["-o", INJECTED]
+        command = ["/usr/bin/strace", "-qq", *for_the_tool, *output, *strace, *command]
+        variables = {}
+    run = run_program(command, variables, stdout, limit)
+    run.missed = fails and not was_injected()
+    return run
+
+
+def was_injected():
+    """Whether a fault of strace or of the preloaded library was brought about since the machine was reset."""
+    return os.path.isfile(INJECTED) and "INJECTED" in _read(INJECTED)
 
 
 def run_program(command, variables, stdout=None, limit=TIME_LIMIT):
@@ -280,6 +294,12 @@ def _wait_for_orphans(end):
             if time.monotonic() > end:
                 return False
             time.sleep(0.0005)
+
+
+def sees_cores():
+    """Whether a core dump would be found here: the system may be set to put them elsewhere."""
+    reset(SCENARIOS["generated"])
+    return run_program(["/bin/sh", "-c", "kill -SEGV $$"], {}).core
 
 
 def _take_core():

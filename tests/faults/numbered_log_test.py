@@ -65,7 +65,7 @@ class Killed(Judgement):
                       [archive(age) for age in broken])
         kill_sweep.judge_messages(judge, found, logged)
         self.assertEqual(problems, judge.verdict.problems)
-        self.assertEqual(losses, judge.verdict.used)
+        self.assertEqual(losses, {entry for entry, _ in judge.verdict.used})
 
     def test_whole_log_is_in_order(self):
         self.expect([], set(), lines(20, 30), {0: lines(10, 20), 1: lines(0, 10)})
@@ -104,7 +104,7 @@ class FailedRotation(Judgement):
         rotation_faults.judge_archives(judge, found)
         rotation_faults.judge_messages(judge, found, 30)
         self.assertEqual(problems, judge.verdict.problems)
-        self.assertEqual(losses, judge.verdict.used)
+        self.assertEqual(losses, {entry for entry, _ in judge.verdict.used})
 
     @staticmethod
     def old_archives(*numbers):

@@ -56,6 +56,8 @@ SHORT_LEFT_OUT = {
     "write of standard output": "a short count from the C library's own stream; it writes on by itself",
 }
 
+LEAST_PAIRS = 60  # of a call and an error; with fewer, something is wrong with the traced runs
+
 _HITS_A_SOURCE = {"clone3", "mmap", "newfstatat", "openat", "pipe2", "read"}
 _HARMLESS_TARGETS = {"log", "stdout", "time-zone"}
 
@@ -95,6 +97,8 @@ def _case(scenario, call, error, mode, later, possible):
         hits=frozenset(hits),
         demands=frozenset(_demands(call, error) & hits),
         store=call.name == "write" and any(each.target == "stored-file" for each in failing),
+        output=call.name == "write" and any(each.target == "stdout" for each in failing),
+        memory=call.name == "mmap",
         mute=call.name == "write" and mode == "on",
         random=call.name != "getrandom")
 
@@ -155,6 +159,8 @@ def plan(quick):
         skipped |= {(name, LEFT_OUT[name]) for name in {call.name for call in own} & set(LEFT_OUT)}
     skipped |= set(LOOPS.items()) | set(SHORT_LEFT_OUT.items())
     pairs = {tuple(case.id.split("/")[i] for i in (2, 5)) for case in cases}
+    if len(pairs) < LEAST_PAIRS:
+        raise RuntimeError(f"the traced runs show calls for {len(pairs)} pairs alone")
     counts = {"pairs of a call and an error": len(pairs), "scenarios": len(traces),
               "occurrences": len({tuple(case.id.split("/")[1:5]) for case in cases})}
     return verdict.Plan(cases[::9] if quick else cases, sorted(skipped), counts)

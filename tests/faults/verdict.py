@@ -5,7 +5,8 @@ by an entry of expected_loss.json:
 
     {"name": ..., "faults": [patterns of case ids], "loses": [kinds], "reason": ...}
 
-with these kinds:
+Each pattern and each kind has to come true in a full campaign; patterns of cases in which a loss is up to chance
+stand under "by chance". These are the kinds:
     message     one message of the run
     rest        the run's messages from some point on
     log         all of the run's messages, and standard output says that there is no log
@@ -14,6 +15,7 @@ with these kinds:
     archive     an archive that was whole before
     archive end what was cut from a log before its archive was completed
     repeat      nothing, but lines stand in the log and in an archive
+    id          the new id: it was printed, but the agent file has not all of it
 """
 
 import dataclasses
@@ -25,6 +27,7 @@ import signal
 import machine
 
 ID = r"\{[0-9a-f]{8}-[0-9a-f]{4}-[0-9a-f]{4}-[0-9a-f]{4}-[0-9a-f]{12}\}"
+ID_SIZE = 38
 _ID_TEXT = re.compile(ID)
 _FRESH_ID = re.compile(r"\{[0-9a-f]{8}-[0-9a-f]{4}-4[0-9a-f]{3}-[89ab][0-9a-f]{3}-[0-9a-f]{12}\}")
 _LINE = re.compile(r"\[\d\d\.\d\d\.\d{4} \d\d:\d\d:\d\d\] < *\d+> agentid\| (WARN\||ERR \||>>  \|)?((?:  )*)(.*)")
@@ -33,9 +36,10 @@ _NOT_STARTED = "\nFailed to initialized\n"
 _NOT_PRINTED = "Failed to write agent id to standard output.\n"
 _NOT_STORED = ("Failed to open file [/etc/nelvoagentid].\n", "Failed to create directory '",
                "Failed to get file system object info: '/etc'")
+_NO_MEMORY = ("std::bad_alloc\n", "Cannot allocate memory\n")
 _OLDEST_ARCHIVE = "/work/nelvoagentid.10.log.gz"
 
-KINDS = {"message", "rest", "log", "torn", "old text", "archive", "archive end", "repeat"}
+KINDS = {"message", "rest", "log", "torn", "old text", "archive", "archive end", "repeat", "id"}
 _PLACES = {"agent_file": "in agent file", "dmidecode": "by dmidecode", "sysfs": "in sysfs"}
 _FILES = {"agent_file": machine.AGENT_FILE, "sysfs": machine.SYSFS}
 _SCOPE = "Looking for existed agentId"
@@ -54,6 +58,8 @@ class Case:
     hits: frozenset = frozenset()  # the sources that may give no id because of the fault
     demands: frozenset = frozenset()  # the sources whose failure has to be told in the log
     store: bool = False  # writing the agent file may fail half-way
+    output: bool = False  # standard output may fail
+    memory: bool = False  # there may be no memory
     mute: bool = False  # nothing reaches standard error
     random: bool = True  # the kernel's randomness can be had; without it libuuid takes time and place
     signal: int = 0  # that may end the run
@@ -72,7 +78,7 @@ class Plan:
 class Verdict:
     problems: list = dataclasses.field(default_factory=list)
     lost: list = dataclasses.field(default_factory=list)  # what no entry allows
-    used: set = dataclasses.field(default_factory=set)  # the entries that allowed a loss
+    used: set = dataclasses.field(default_factory=set)  # pairs of an entry's name and what of it allowed a loss
     other_id: str = ""  # the source whose id came in the place of the scenario's, if one did
     crashed: bool = False
     hung: bool = False
@@ -222,9 +228,11 @@ class Judge:
     def lose(self, what, *kinds):
         """A loss that is of each of these kinds: an entry that allows one of them allows it."""
         for entry in self.losses:
-            if (any(fnmatch.fnmatchcase(self.case.id, pattern) for pattern in entry["faults"])
-                    and not set(kinds).isdisjoint(entry["loses"])):
-                self.verdict.used.add(entry["name"])
+            patterns = {pattern for pattern in entry["faults"] + entry.get("by chance", [])
+                        if fnmatch.fnmatchcase(self.case.id, pattern)}
+            allowed = set(kinds) & set(entry["loses"])
+            if patterns and allowed:
+                self.verdict.used |= {(entry["name"], part) for part in patterns | allowed}
                 return
         self.verdict.lost.append(what)
         self.say(f"lost outside the list: {what}")
@@ -246,7 +254,9 @@ class Judge:
             self.verdict.crashed = True
             name = signal.Signals(-run.status).name if run.status < 0 else f"status {run.status}"
             self.say(f"crashed: ended by {name}")
-        if run.core:
+        if run.missed:
+            self.say("never came to its fault")
+        if run.core and not (self.case.signal and run.status == -self.case.signal):
             self.verdict.crashed = True
             self.say("left a core dump")
 
@@ -264,11 +274,19 @@ class Judge:
         elif self.run.status == 1:
             if ids:
                 self.say(f"status 1, but standard output has an id: {self.run.out!r}")
-            if not self.case.mute and (not self.run.err.endswith("\n") or not self.run.err.strip()):
+            if not self.has_reason_to_fail():
                 self.say(f"status 1, but standard error is {self.run.err!r}")
         notice = lines[:-1] if printed else lines
         if notice and not notice[0].startswith(_NO_LOG):
             self.say(f"standard output begins with {notice[0]!r}")
+
+    def has_reason_to_fail(self):
+        """Whether standard error tells of what the fault may have brought about, in the tool's own words."""
+        err = self.run.err
+        return (self.case.mute and not err
+                or self.case.output and err == _NOT_PRINTED
+                or self.case.memory and err.startswith(_NO_MEMORY)
+                or self.may_answer("fresh") and any(text in err for text in _NOT_STORED))
 
     def judge_id(self, text):
         known = {value: source for source, value in self.sources.items()}
@@ -283,16 +301,29 @@ class Judge:
 
     def judge_agent_file(self):
         before, after = self.before.agent_file, self.after.agent_file
-        if self.answer == "fresh":
-            whole = after is not None and self.run.out.endswith(after.decode(errors="replace") + "\n")
-            if not (whole and len(after) == 38) and not self.case.store:
-                self.say(f"a new id was printed, but the agent file is {after!r}")
-        elif self.answer is not None and after != before:
-            self.say(f"an id was found, but the agent file changed to {after!r}")
-        if after not in (None, before) and len(after) != 38 and not (self.case.store and len(after) < 38):
-            self.say(f"the agent file is {after!r}")
         if after is None and before is not None:
             self.say("the agent file is gone")
+        elif self.answer == "fresh":
+            self.judge_stored(self.run.out.splitlines()[-1].encode())
+        elif after != before and (self.answer is not None or not self.may_answer("fresh")):
+            self.say(f"an id was found, but the agent file changed to {after!r}")
+        elif after != before and not self.is_new_id(after):
+            self.say(f"the agent file is {after!r}")
+
+    def judge_stored(self, printed):
+        after = self.after.agent_file
+        if self.case.store and after is not None and after != printed and printed.startswith(after):
+            self.lose(f"the new id, of which the agent file has {after!r}", "id")
+        elif after != printed:
+            self.say(f"a new id was printed, but the agent file is {after!r}")
+
+    def is_new_id(self, content):
+        """Whether a run that printed no id may have stored this."""
+        form = _FRESH_ID if self.case.random else _ID_TEXT
+        return form.fullmatch(content.decode(errors="replace")) or (self.case.store and len(content) < ID_SIZE)
+
+    def may_answer(self, source):
+        return source in prescribed_answers(self.sources, self.case.hits)
 
     def judge_log(self):
         text = "".join(self.new_texts())
@@ -344,6 +375,10 @@ class Judge:
             if path in self.before.broken or content in archived or path == _OLDEST_ARCHIVE:
                 continue
             self.lose(f"the archive {path}", "archive")
+        for path in self.after.broken:
+            content = self.after.archives[path]
+            if not any(old.startswith(content) for old in [*self.before.archives.values(), *self.before.logs.values()]):
+                self.say(f"{path} holds what no log did")
         for path, old in self.before.logs.items():
             new = self.after.logs.get(path, b"")
             if new.startswith(old):
@@ -375,7 +410,10 @@ def judge_repeat(case, before, run, after):
         if _ID_TEXT.fullmatch(text):
             sources["agent_file"] = text
     plain = Case(case.id, case.scenario)
-    return Judge([], plain, sources, before, run, after).judge()
+    verdict = Judge([], plain, sources, before, run, after).judge()
+    if run.status == 1:
+        verdict.problems.append(f"failed without a fault: {run.err!r}")
+    return verdict
 
 
 def trial(case, losses, start):

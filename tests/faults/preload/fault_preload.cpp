@@ -9,7 +9,8 @@
 //   write:5:3:once      the third write fails with error 5 before any byte; read likewise
 //   count               nothing fails; the calls are listed in /out/calls, one a line
 //
-// Programs that the tool starts have neither this library nor the variable.
+// The first call that fails is marked in /out/injected. Programs that the tool starts have neither this
+// library nor the variable.
 
 #include <cerrno>
 #include <cstddef>
@@ -69,6 +70,13 @@ void List(const char* call, int descriptor)
     ::syscall(SYS_write, g_list, line, static_cast<std::size_t>(size));
 }
 
+void Mark()
+{
+    const long file = ::syscall(SYS_openat, AT_FDCWD, "/out/injected", O_WRONLY | O_CREAT | O_CLOEXEC, 0644);
+    ::syscall(SYS_write, file, "INJECTED\n", std::size_t{9});
+    ::syscall(SYS_close, file);
+}
+
 // True if this call is one that fails.
 bool Fails(const char* call, int descriptor)
 {
@@ -77,11 +85,11 @@ bool Fails(const char* call, int descriptor)
     const int error = errno;
     if (g_counting)
         List(call, descriptor);
+    const bool is_one = std::strcmp(call, g_call) == 0 && ++g_calls >= g_when;
+    if (is_one && g_calls == g_when)
+        Mark();
     errno = error;
-    if (std::strcmp(call, g_call) != 0)
-        return false;
-    ++g_calls;
-    return g_from_then_on ? g_calls >= g_when : g_calls == g_when;
+    return is_one && (g_from_then_on || g_calls == g_when);
 }
 
 bool NoMemory()
