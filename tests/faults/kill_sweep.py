@@ -1,4 +1,5 @@
-"""Kills the tool at each system call of a rotation, and a program that logs and rotates at random moments.
+"""Kills the tool at each system call of a rotation, and a program that logs and rotates at random moments, and
+between the writes of a message that takes several.
 
 What is left is read line by line. SIGKILL comes in the place of a call, so that all before it has been done.
 """
@@ -17,6 +18,9 @@ NAME = "kills"
 KILLS = 200
 MESSAGES = 16000
 LONGEST = 120000  # microseconds; such a run takes about as long
+
+LONG_MESSAGE = 50  # see numbered_log.message(); those before it take one write each
+WRITES = 3
 
 _SIGKILL = 9
 
@@ -45,12 +49,22 @@ def plan(quick):
                           fault=call, signal=_SIGKILL) for step, call in steps(rotation)]
     cases += [verdict.Case(id=f"{NAME}/writer/{seed}", scenario="agent-file", fault=seed, signal=_SIGKILL)
               for seed in range(KILLS)]
+    cases += [verdict.Case(id=f"{NAME}/message/{write}", scenario="agent-file", fault=("write", write),
+                           signal=_SIGKILL) for write in range(WRITES + 1)]
     counts = {"system calls of a start with a rotation": len(rotation), "random kills": KILLS}
     return verdict.Plan(cases[::9] if quick else cases, [], counts)
 
 
 def run(case, losses):
-    return kill_tool(case, losses) if isinstance(case.fault, calls.Call) else kill_writer(case, losses)
+    if isinstance(case.fault, calls.Call):
+        return kill_tool(case, losses)
+    machine.reset(machine.SCENARIOS[case.scenario])
+    return judge_writer(case, losses, kill_at_random(case) if isinstance(case.fault, int) else kill_at_write(case))
+
+
+def judge_killed(judge):
+    if judge.run.status != -_SIGKILL:
+        judge.say(f"was not killed, but ended with status {judge.run.status}")
 
 
 # ---- The tool ----
@@ -64,9 +78,8 @@ def kill_tool(case, losses):
     after = machine.look()
     found = verdict.judge(losses, case, before, killed, after)
     found.run = killed
-    if killed.status != -_SIGKILL:
-        found.problems.append(f"was not killed, but ended with status {killed.status}")
     judge = verdict.Judge(losses, case, {}, before, killed, after)
+    judge_killed(judge)
     numbered_log.judge_with_gzip(judge, after)
     judge_broken_archive(judge, machine.LOG, before.logs[machine.LOG])
     found.add(judge.verdict, "")
@@ -90,14 +103,22 @@ def judge_broken_archive(judge, log, old):
 
 # ---- The program that logs and rotates ----
 
-def kill_writer(case, losses):
-    machine.reset(machine.SCENARIOS[case.scenario])
-    microseconds = random.Random(case.fault).randrange(100, LONGEST)
-    killed = numbered_log.write(0, MESSAGES, microseconds=microseconds)
+def kill_at_random(case):
+    return numbered_log.write(0, MESSAGES, microseconds=random.Random(case.fault).randrange(100, LONGEST))
+
+
+def kill_at_write(case):
+    inject = f"inject=write:signal=SIGKILL:when={LONG_MESSAGE + 1 + case.fault[1]}"
+    return numbered_log.write(0, LONG_MESSAGE + 2, before=["/usr/bin/strace", "-qq", "-o", "/dev/null",
+                                                           "-e", "trace=write", "-e", inject])
+
+
+def judge_writer(case, losses, killed):
     after = machine.look()
     judge = verdict.Judge(losses, case, {}, None, killed, after)
     judge.verdict.run = killed
     judge.judge_end()
+    judge_killed(judge)
     numbered_log.judge_with_gzip(judge, after)
     logged, most_looks = numbered_log.state()
     if most_looks > 1:

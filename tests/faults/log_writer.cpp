@@ -3,7 +3,8 @@
 //   log_writer LOG MESSAGES STATE MICROSECONDS COUNT [COMMAND COUNT]...
 //
 // MESSAGES is a file with a message a line, of which COUNT are logged; then a shell runs COMMAND, and so on.
-// After so many microseconds, unless there are 0, the process is killed, wherever it is.
+// After so many microseconds, unless there are 0, the process is killed, wherever it is: it waits for that in
+// the end.
 //
 // STATE is a file of two numbers of 64 bits that outlives the process: how many messages have been logged,
 // and how often at most the log's size was looked at during one of them.
@@ -136,8 +137,9 @@ int main(int argc, char* argv[])
     const logging::log_channel_t channel("lines");
 
     ::geteuid(); // tells the preloaded library to begin
-    if (std::atol(argv[4]) != 0)
-        KillAfter(std::atol(argv[4]));
+    const long microseconds = std::atol(argv[4]);
+    if (microseconds != 0)
+        KillAfter(microseconds);
     for (int i = 5; i < argc; i += 2)
     {
         if (i > 5)
@@ -151,4 +153,6 @@ int main(int argc, char* argv[])
                 state.most_looks = looks;
         }
     }
+    while (microseconds != 0)
+        ::pause();
 }
