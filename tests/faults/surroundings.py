@@ -66,6 +66,11 @@ LOG_NAMES = {
     "below-a-file": "/etc/nelvoagentid/x.log",
     "process": "/proc/self/status",
 }
+# The names without a log, of which standard output tells, those of devices that keep nothing, and those whose log
+# is in the fallback folder.
+REFUSED = {"long", "too-long", "folder-with-separator", "root", "dots", "fifo", "process"}
+NOT_KEPT = {"full-device", "null-device"}
+FALLEN_BACK = {"too-long-path": "x.log", "folder": "work", "link-to-itself": "circle", "below-a-file": "x.log"}
 
 
 def in_shell(script, *words):
@@ -85,12 +90,12 @@ def stream_cases():
             name = "".join("-" if is_closed else str(i) for i, is_closed in enumerate(closed))
             closing = " ".join(f"{i}>&-" for i, is_closed in enumerate(closed) if is_closed)
             yield plain_case(f"streams/{scenario}/{name}", scenario,
-                             ("command", in_shell(f'exec "$@" {closing}'), None), mute=closed[2])
-        yield plain_case(f"streams/{scenario}/full", scenario, ("command", [machine.TOOL], "full"))
+                             ("command", in_shell(f'exec "$@" {closing}'), None), output=closed[1], mute=closed[2])
+        yield plain_case(f"streams/{scenario}/full", scenario, ("command", [machine.TOOL], "full"), output=True)
         yield plain_case(f"streams/{scenario}/broken-pipe", scenario, ("command", [machine.TOOL], "broken pipe"),
                          signal=_SIGPIPE)
         yield plain_case(f"streams/{scenario}/broken-pipe-ignored", scenario,
-                         ("command", in_shell('trap "" 13; exec "$@"'), "broken pipe"))
+                         ("command", in_shell('trap "" 13; exec "$@"'), "broken pipe"), output=True)
 
 
 def limit_cases():
@@ -112,7 +117,7 @@ def limit_cases():
         for pages in MEMORY:
             limit = f"--as={least + pages * 4096}"
             yield plain_case(f"memory/{scenario}/{pages}", scenario,
-                             ("command", ["/usr/bin/prlimit", limit, machine.TOOL], None), hits=_ALL)
+                             ("command", ["/usr/bin/prlimit", limit, machine.TOOL], None), hits=_ALL, memory=True)
 
 
 def least_memory():
@@ -217,8 +222,8 @@ def run_with_mask(case, _):
     for options in ((), ("--log", "/work/new/x.log"), ("--log", "/etc/nelvoagentid/y.log")):
         command = [*_SHELL, f'umask {mask:03o}; exec "$0" "$@"', machine.TOOL, *options]
         found.run = machine.run_program(command, _PLAIN)
-        if found.run.status != 0:
-            found.problems.append(f"ended with status {found.run.status}: {found.run.err}")
+        # The first run stores what all of them print.
+        judge_answer(found, (machine.look().agent_file or b"none").decode() + "\n")
     modes = {machine.AGENT_FILE: 0o666, machine.LOG: 0o664, "/work/new": 0o755, "/work/new/x.log": 0o664,
              machine.FALLBACK_FOLDER: 0o755, machine.FALLBACK_FOLDER + "/y.log": 0o666}
     for path, mode in modes.items():
@@ -241,8 +246,12 @@ def run_race(case, _):
     before = machine.look()
     runs = [subprocess.Popen([machine.TOOL], env=_PLAIN, cwd="/work", stdin=subprocess.DEVNULL,
                              stdout=subprocess.PIPE, stderr=subprocess.PIPE) for _ in range(INSTANCES)]
-    with concurrent.futures.ThreadPoolExecutor(INSTANCES) as pool:
-        answers = list(pool.map(lambda run: run.communicate(timeout=machine.TIME_LIMIT), runs))
+    try:
+        with concurrent.futures.ThreadPoolExecutor(INSTANCES) as pool:
+            answers = list(pool.map(lambda run: run.communicate(timeout=machine.TIME_LIMIT), runs))
+    finally:
+        for run in runs:
+            run.kill()
     found = verdict.Verdict()
     if any(run.returncode != 0 for run in runs) or any(err for _, err in answers):
         found.problems.append(f"ended with {[run.returncode for run in runs]}: {[err for _, err in answers]}")
@@ -255,21 +264,27 @@ def run_race(case, _):
             found.problems.append(f"the agent file is {after.agent_file!r}, they print {ids}")
     elif ids != {machine.SCENARIOS[case.scenario].sources[case.scenario.replace("-", "_")] + "\n"}:
         found.problems.append(f"they print {ids}")
-    judge_logs_of_race(found, before, after)
+    judge_logs_of_race(found, case, before, after)
     verdict.repeat_twice(case, after, found)
     return found
 
 
-def judge_logs_of_race(found, before, after):
-    """Each run's messages stand together in one log, which it had for itself."""
-    last = "Agent id: "
+def judge_logs_of_race(found, case, before, after):
+    """Each run's messages stand together in one log, which it had for itself, and none is missing."""
+    sources = machine.SCENARIOS[case.scenario].sources
+    # Of two runs without a source, the later may find what the earlier has stored.
+    answers = ("fresh", "agent_file") if not sources else itertools.islice(verdict.prescribed_answers(sources, ()), 1)
+    ways = [list(verdict.way(case, sources, answer, verdict.ID)) for answer in answers]
+    runs = 0
     for path, content in after.logs.items():
-        messages, torn = verdict.read_messages(content[len(before.logs.get(path, b"")):].decode())
+        old = before.logs.get(path, b"")
+        messages, torn = verdict.read_messages(content[len(old):].decode())
         starts = [i for i, (_, _, text) in enumerate(messages) if text == "/" * 74]
-        ends = [i for i, (_, _, text) in enumerate(messages) if text.startswith(last)]
-        if torn or len(starts) != len(ends) or any(end < start for start, end in zip(starts, ends)):
+        parts = [messages[begin:end] for begin, end in zip([0, *starts[1:]], [*starts[1:], len(messages)])]
+        runs += len(starts)
+        are_whole = all(any(verdict.missing(part, steps) == [] for steps in ways) for part in parts if part)
+        if torn or not content.startswith(old) or not are_whole:
             found.problems.append(f"{path} holds {messages}, {torn}")
-    runs = sum(content.count(last.encode()) for content in after.logs.values())
     if runs != INSTANCES:
         found.problems.append(f"the logs tell of {runs} runs")
 
@@ -317,7 +332,24 @@ def run_with_log_name(case, _):
         found.problems.append(f"standard output is {found.run.out[:200]!r}")
     if pathlib.Path(machine.AGENT_FILE).read_text(encoding="ascii") != machine.AGENT_ID:
         found.problems.append("the agent file changed")
+    judge_named_log(found, case)
     return found
+
+
+def judge_named_log(found, case):
+    kind, name = case.id.rsplit("/", 1)[1], os.fsencode(case.fault[1])
+    if found.run.out.startswith("Failed") != (kind in REFUSED):
+        found.problems.append("standard output tells the wrong thing of the log")
+    if kind in REFUSED | NOT_KEPT or not name:
+        return
+    path = os.path.join(b"/work", name)
+    if kind in FALLEN_BACK:
+        path = pathlib.Path(machine.FALLBACK_FOLDER, FALLEN_BACK[kind])
+    with open(path, encoding="utf-8") as log:
+        messages, torn = verdict.read_messages(log.read())
+    steps = verdict.way(case, machine.SCENARIOS[case.scenario].sources, "agent_file", re.escape(machine.AGENT_ID))
+    if torn or verdict.missing(messages, list(steps)) != []:
+        found.problems.append(f"the log holds {messages}, {torn}")
 
 
 def judge_answer(found, out):
