@@ -52,6 +52,11 @@ def argument_path(name, arguments):
     return match[1] if match else ""
 
 
+def shown_target(name, line):
+    """What a call is about that strace shows."""
+    return target_of(argument_path(name, line[len(name) + 1:]))
+
+
 def _in_context(target, phase, earlier):
     """The agent file is read and stored; an archive ends when the log has been cut."""
     if target == "agent-file" and phase == "generate":
@@ -83,7 +88,7 @@ def traced(scenario, set_up=machine.reset):
         numbers[name] = numbers.get(name, 0) + 1
         if not calls and name != "geteuid":
             continue
-        target = target_of(argument_path(name, line[len(name) + 1:]))
+        target = shown_target(name, line)
         calls.append(Call(name, numbers[name], _in_context(target, phase, calls), phase))
         if name == "write" and target == "log":
             written.append(line)

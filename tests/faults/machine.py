@@ -296,6 +296,11 @@ def _wait_for_orphans(end):
             time.sleep(0.0005)
 
 
+def first_injected():
+    """The call that strace failed first, as it shows it."""
+    return next((line for line in _read(INJECTED).splitlines() if "INJECTED" in line), "")
+
+
 def sees_cores():
     """Whether a core dump would be found here: the system may be set to put them elsewhere."""
     reset(SCENARIOS["generated"])
