@@ -153,7 +153,7 @@ TEST_F(FilesWithoutMemory, FileThatIsMissingIsToldOrThrowsBadAlloc)
 TEST_F(FilesWithoutMemory, LinkIsReadOrThrows)
 {
     SweepText(m_file, [this] { return posix_file_t::ReadSymlink(m_link); });
-    SweepText(m_file, [this, link = Wide(m_link)] { return posix_file_t::ReadSymlink(link); });
+    SweepText(m_file, [link = Wide(m_link)] { return posix_file_t::ReadSymlink(link); });
     SweepText(m_file, [this] { return CPathUtils::ReadLink(m_link); });
     SweepText(m_file, [this] { return CPathUtils::GetRealPath(m_link); });
 }
@@ -161,7 +161,7 @@ TEST_F(FilesWithoutMemory, LinkIsReadOrThrows)
 TEST_F(FilesWithoutMemory, PathIsLookedAtOrThrows)
 {
     SweepText("true", [this] { return util::FileExists(m_link); });
-    SweepText("true", [this, file = Wide(m_file)] { return util::ExistsByStat(file); });
+    SweepText("true", [file = Wide(m_file)] { return util::ExistsByStat(file); });
     SweepText("true", [this] { return util::ExistsByLstat(m_link); });
     SweepText("true", [this] { return util::fs_short_stat(m_link).is_symlink; });
     SweepText("true", [this] { return util::IsSameDevice(m_file, m_link); });
@@ -222,7 +222,7 @@ TEST_F(FilesWithoutMemory, FileIsCopiedOrThrows)
 {
     Sweep("file=text link new=text ", [this] { util::CopyFile(m_file, m_new, false); });
     Sweep("file=text link new=text ",
-          [this, from = Wide(m_file), to = Wide(m_new)] { util::CopyFile(from, to, true); });
+          [from = Wide(m_file), to = Wide(m_new)] { util::CopyFile(from, to, true); });
     Sweep("file=text link new/ new/deep=text ", [this] { CPathUtils::Copy(m_file, m_new + "/deep"); });
 }
 

@@ -153,6 +153,7 @@ int main(int argc, char* argv[])
                 state.most_looks = looks;
         }
     }
-    while (microseconds != 0)
-        ::pause();
+    if (microseconds != 0)
+        for (;;)
+            ::pause();
 }

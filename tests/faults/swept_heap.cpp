@@ -56,6 +56,7 @@ struct unseen_allocator_t
     {
     }
 
+    // NOLINTNEXTLINE(bugprone-sizeof-expression): one of the types is a pointer
     T* allocate(std::size_t count) { return static_cast<T*>(__real_malloc(count * sizeof(T))); }
     void deallocate(T* block, std::size_t) { __real_free(block); }
 

@@ -563,12 +563,7 @@ TEST(BufWriterWithoutMemory, IsCopiedOrThrows)
 {
     cnt::CBufWriter writer;
     writer.WriteString(kText);
-    SweepCall(WrittenBy(writer),
-              [&]
-              {
-                  const cnt::CBufWriter copy(writer);
-                  return WrittenBy(copy);
-              });
+    SweepCall(WrittenBy(writer), [&] { return WrittenBy(cnt::CBufWriter(writer)); });
 }
 
 TEST(BufReaderWithoutMemory, ReadsOrThrows)
