@@ -563,7 +563,13 @@ TEST(BufWriterWithoutMemory, IsCopiedOrThrows)
 {
     cnt::CBufWriter writer;
     writer.WriteString(kText);
-    SweepCall(WrittenBy(writer), [&] { return WrittenBy(cnt::CBufWriter(writer)); });
+    SweepCall(WrittenBy(writer),
+              [&]
+              {
+                  // NOLINTNEXTLINE(performance-unnecessary-copy-initialization): what is tested
+                  const cnt::CBufWriter copy(writer);
+                  return WrittenBy(copy);
+              });
 }
 
 TEST(BufReaderWithoutMemory, ReadsOrThrows)
