@@ -2,14 +2,13 @@
 
 #include "nelvo/crypto/key.h"
 
-#include <sys/resource.h>
-
 #include <gtest/gtest.h>
 
 #include "nelvo/core/exc/runtime_exc.h"
 #include "nelvo/crypto/repair_record.h"
 #include "tests/crypto/stored_parts.h"
 #include "tests/support/golden.h"
+#include "tests/support/resource_limit.h"
 
 using crypto::CAesKeyIVBlob;
 using crypto::CKey;
@@ -21,14 +20,6 @@ namespace
 class KeyLimit : public testing::Test
 {
 protected:
-    KeyLimit()
-    {
-        EXPECT_EQ(0, ::getrlimit(RLIMIT_AS, &m_before));
-        const rlimit less = {rlim_t{1} << 30U, m_before.rlim_max};
-        EXPECT_EQ(0, ::setrlimit(RLIMIT_AS, &less));
-    }
-    ~KeyLimit() override { EXPECT_EQ(0, ::setrlimit(RLIMIT_AS, &m_before)); }
-
     // Reads with each size: "read", or the failure.
     template <class Read>
     void Expect(const std::string& golden, std::size_t part, const std::string& failure, Read read)
@@ -55,7 +46,7 @@ private:
         }
     }
 
-    rlimit m_before = {};
+    const resource_limit_t m_limit{RLIMIT_AS, rlim_t{1} << 30U};
 };
 
 template <class Record>

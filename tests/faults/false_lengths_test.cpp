@@ -7,7 +7,6 @@
 #include <exception>
 #include <functional>
 #include <string>
-#include <sys/resource.h>
 #include <utility>
 #include <vector>
 
@@ -22,6 +21,7 @@
 #include "tests/support/flat_buffer.h"
 #include "tests/support/golden.h"
 #include "tests/support/record_stream.h"
+#include "tests/support/resource_limit.h"
 
 namespace
 {
@@ -34,14 +34,6 @@ constexpr std::uint32_t kThatThereIsMemoryFor = 0x20000000;
 class FalseLengths : public testing::Test
 {
 protected:
-    FalseLengths()
-    {
-        EXPECT_EQ(0, ::getrlimit(RLIMIT_AS, &m_before));
-        const rlimit less = {rlim_t{1} << 30U, m_before.rlim_max};
-        EXPECT_EQ(0, ::setrlimit(RLIMIT_AS, &less));
-    }
-    ~FalseLengths() override { EXPECT_EQ(0, ::setrlimit(RLIMIT_AS, &m_before)); }
-
     // "read", or the whole text of the failure.
     static std::string Outcome(const std::function<void()>& read)
     {
@@ -72,7 +64,7 @@ protected:
     }
 
 private:
-    rlimit m_before = {};
+    const resource_limit_t m_limit{RLIMIT_AS, rlim_t{1} << 30U};
 };
 
 std::string Number(std::uint32_t number) { return {reinterpret_cast<const char*>(&number), sizeof(number)}; }

@@ -4,7 +4,6 @@
 #include <csignal>
 #include <cstring>
 #include <sys/mman.h>
-#include <sys/resource.h>
 #include <sys/stat.h>
 
 #include <boost/make_shared.hpp>
@@ -16,6 +15,7 @@
 #include "tests/support/file_mask.h"
 #include "tests/support/gz.h"
 #include "tests/support/lines_receiver.h"
+#include "tests/support/resource_limit.h"
 #include "tests/support/temp_folder.h"
 
 namespace
@@ -63,23 +63,17 @@ protected:
 class file_size_limit_t
 {
 public:
-    explicit file_size_limit_t(rlim_t most) : m_handler(std::signal(SIGXFSZ, SIG_IGN))
+    explicit file_size_limit_t(rlim_t most)
+        : m_handler(std::signal(SIGXFSZ, SIG_IGN)), m_limit(RLIMIT_FSIZE, most)
     {
-        EXPECT_EQ(0, ::getrlimit(RLIMIT_FSIZE, &m_old));
-        const rlimit narrow = {most, m_old.rlim_max};
-        EXPECT_EQ(0, ::setrlimit(RLIMIT_FSIZE, &narrow));
     }
-    ~file_size_limit_t()
-    {
-        EXPECT_EQ(0, ::setrlimit(RLIMIT_FSIZE, &m_old));
-        std::signal(SIGXFSZ, m_handler);
-    }
+    ~file_size_limit_t() { std::signal(SIGXFSZ, m_handler); }
     file_size_limit_t(const file_size_limit_t&) = delete;
     file_size_limit_t& operator=(const file_size_limit_t&) = delete;
 
 private:
     void (*m_handler)(int);
-    rlimit m_old = {};
+    resource_limit_t m_limit;
 };
 
 } // namespace
