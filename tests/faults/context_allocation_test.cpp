@@ -19,32 +19,13 @@
 #include "nelvo/synch/stop_events.h"
 #include "nelvo/synch/thread_context.h"
 #include "tests/faults/allocation_sweep.h"
+#include "tests/faults/swept_listener.h"
 #include "tests/faults/swept_log.h"
 
 namespace
 {
 
 const std::string kText = "the quick brown fox jumps over it";
-
-// Keeps what it is told in memory that it has already.
-class listener_t : public io::cout_target_t
-{
-public:
-    listener_t() { m_text.reserve(1000); }
-    void write_text(const std::string& text) override { m_text += text; }
-    std::uint64_t write(const void*, std::uint64_t count) override { return count; }
-    std::uint64_t read(void*, std::uint64_t) override { return 0; }
-
-    std::string text()
-    {
-        std::string text = m_text;
-        m_text.clear();
-        return text;
-    }
-
-private:
-    std::string m_text;
-};
 
 class ReportsWithoutMemory : public testing::Test
 {
@@ -56,7 +37,7 @@ protected:
     }
 
     swept_log_t m_log;
-    const boost::shared_ptr<listener_t> m_listener = boost::make_shared<listener_t>();
+    const boost::shared_ptr<swept_listener_t> m_listener = boost::make_shared<swept_listener_t>();
 };
 
 } // namespace

@@ -18,6 +18,7 @@
 #include "nelvo/io/mem_stream.h"
 #include "tests/core/util/failure_text.h"
 #include "tests/faults/allocation_sweep.h"
+#include "tests/faults/swept_listener.h"
 #include "tests/faults/swept_log.h"
 #include "tests/support/flat_buffer.h"
 #include "tests/support/record_stream.h"
@@ -260,26 +261,6 @@ public:
     boost::shared_ptr<io::io_dev_t> Create(const std::string&) override { return nullptr; }
 };
 
-// Keeps what it is told in memory that it has already.
-class listener_t : public io::cout_target_t
-{
-public:
-    listener_t() { m_text.reserve(1000); }
-    void write_text(const std::string& text) override { m_text += text; }
-    std::uint64_t write(const void*, std::uint64_t count) override { return count; }
-    std::uint64_t read(void*, std::uint64_t) override { return 0; }
-
-    std::string text()
-    {
-        std::string text = m_text;
-        m_text.clear();
-        return text;
-    }
-
-private:
-    std::string m_text;
-};
-
 } // namespace
 
 TEST(RegistryWithoutMemory, FactoryIsAddedOrThrows)
@@ -405,7 +386,7 @@ TEST(RegistryWithoutMemory, MemFsPathIsMadeOrThrows)
 TEST(MultiplexorWithoutMemory, TargetIsAddedOrThrows)
 {
     swept_log_t log;
-    const auto listener = boost::make_shared<listener_t>();
+    const auto listener = boost::make_shared<swept_listener_t>();
     boost::shared_ptr<io::CCoutMultiplexor> multiplexor;
     const auto renew = [&] { multiplexor = boost::make_shared<io::CCoutMultiplexor>(); };
     renew();
@@ -423,10 +404,10 @@ TEST(MultiplexorWithoutMemory, TargetIsAddedOrThrows)
 TEST(MultiplexorWithoutMemory, TextIsSentWholeOrThrows)
 {
     swept_log_t log;
-    const auto listener = boost::make_shared<listener_t>();
+    const auto listener = boost::make_shared<swept_listener_t>();
     io::CCoutMultiplexor multiplexor;
     multiplexor.add_target(listener);
-    multiplexor.add_target(boost::make_shared<listener_t>());
+    multiplexor.add_target(boost::make_shared<swept_listener_t>());
     const auto sweep = [&](const std::string& expected, const std::function<void()>& act) {
         SweepAllocations({act, [&] { return listener->text(); }, expected});
     };
