@@ -24,9 +24,9 @@ public:
     zip_writer_t& operator=(const zip_writer_t&) = delete;
 
     // Adds data, of which much may stay in memory until the archive is completed; the caller's bytes are not
-    // needed any more, whatever comes of it. Throws posix::errno_exc_t
-    // with the context "Cannot add data to the GZ archive [<name>]." if the system fails. Data that zlib
-    // refuses for a reason of its own, such as 2^31 bytes and more at once, is lost without a word.
+    // needed any more, whatever comes of it. Throws posix::errno_exc_t with the context "Cannot add data to
+    // the GZ archive [<name>]." if the system fails. Data that zlib refuses for a reason of its own, such as
+    // 2^31 bytes and more at once, is lost without a word.
     void write(const void* bytes, unsigned length);
 
 private:
