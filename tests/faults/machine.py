@@ -27,6 +27,7 @@ import zlib
 
 TOOL = "/tool/nelvoagentid"
 PRELOAD = "/faults/libfault_preload.so"
+CLOCK = "/faults/libclock_preload.so"
 PROGRAMS = "/faults"
 AGENT_FILE = "/etc/nelvoagentid"
 SYSFS = "/sys/class/dmi/id/product_uuid"
@@ -238,10 +239,15 @@ def run_tool(strace=None, preload=None, options=(), stdout=None, environment=Non
 
     strace: options for a strace that follows the tool alone, not its children. preload: the fault for the
     preloaded library, in its own words. stdout: an open file in the place of the kept output; it is kept open.
+
+    With either, a new second begins at each reading of the clock: what the log does once a second is then done
+    by each line, and a call has the same number in every run.
     """
     variables = {"PATH": "/fake:/usr/bin:/bin", **(environment or {})}
+    if strace is not None or preload is not None:
+        variables |= {"LD_PRELOAD": CLOCK, "CLOCK": "1790000000:1000"}
     if preload is not None:
-        variables |= {"LD_PRELOAD": PRELOAD, "FAULT": preload}
+        variables |= {"LD_PRELOAD": f"{PRELOAD}:{CLOCK}", "FAULT": preload}
     command = [TOOL, *options]
     fails = preload not in (None, "count") or any("error=" in option for option in strace or ())
     if strace is not None:

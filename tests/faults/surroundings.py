@@ -188,7 +188,7 @@ def clock_cases():
 
 def run_with_clock(case, losses):
     first, step = CLOCKS[case.fault[1]]
-    variables = {**_PLAIN, "LD_PRELOAD": machine.PROGRAMS + "/libclock_preload.so", "CLOCK": f"{first}:{step}"}
+    variables = {**_PLAIN, "LD_PRELOAD": machine.CLOCK, "CLOCK": f"{first}:{step}"}
     machine.reset(machine.SCENARIOS[case.scenario])
     before = machine.look()
     run = machine.run_program([machine.TOOL], variables)
