@@ -111,7 +111,7 @@ try
         return FaultsOf(argv[1]);
 
     values_t values(argc, argv);
-    for (int round = 0; round != kRounds; ++round)
+    for (int round = 0; round != values.Rounds(kRounds); ++round)
     {
         const std::string message = "page faults of the first small message";
         values.Add(message, "ours", FaultsInAProcessOf("message"), "");

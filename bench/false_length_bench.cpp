@@ -62,7 +62,7 @@ double PageFaults(Work work)
 template <class Read>
 void AddFigure(values_t& values, const std::string& name, Read read)
 {
-    for (int round = 0; round != kRounds; ++round)
+    for (int round = 0; round != values.Rounds(kRounds); ++round)
     {
         values.Add("1 GiB that is not there, " + name, "ours",
                    PageFaults([&] { ReadClaimed(kFalseLength, 16, read); }), "faults");

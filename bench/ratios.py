@@ -1,15 +1,22 @@
-"""Prints what our work costs next to that of others:  ratios.py [--check] RESULT...
+"""Shows what our work costs next to that of others, and writes it down:  ratios.py [--check] FILE RESULT...
 
-A result is the JSON output of one benchmark program. Its entries are named "figure|ours|" and
-"figure|other|goal"; each ratio is that of the medians over all repetitions. With --check, status 1 if a goal
-is missed.
+A result is the JSON output of one benchmark program, NAME.json for NAME_bench. Its entries are named
+"figure|ours|" and "figure|other|goal"; each ratio is that of the medians over all repetitions. FILE gets a list with
+an object for each row of the table:
+
+    {"benchmark": NAME, "figure": ..., "ours": 120.0, "reference": 240.0, "reference_name": other, "ratio": 0.5,
+     "goal": 0.7, "unit": "ns"}
+
+where the goal is null if there is none. With --check, status 1 if a goal is missed.
 """
 
 import json
+import os
 import statistics
 import sys
 
-HEAD = ("figure", "ours", "other", "", "ratio", "goal", "")
+LARGER = {"ns": "us", "us": "ms", "ms": "s"}
+HEAD = ("figure", "ours", "reference", "", "ratio", "goal", "")
 
 
 def read(path):
@@ -30,24 +37,34 @@ def read(path):
     return figures
 
 
-def amount(value, unit):
-    if unit == "ns" and value >= 1e5:
-        value, unit = value / 1e6, "ms"
-    return f"{value:.3g} {unit}" if value < 100 else f"{value:.0f} {unit}"
-
-
-def rows(figures):
-    """One row for each comparison, and whether its goal is missed."""
-    for figure, values in figures.items():
+def rows(path):
+    """One object for each comparison."""
+    benchmark = os.path.basename(path).removesuffix(".json")
+    for figure, values in read(path).items():
         ours, unit, _ = values["ours"]
         for who, (other, _, goal) in values.items():
-            if who == "ours":
-                continue
-            ratio = ours / other
-            missed = goal is not None and ratio > goal
-            verdict = "" if goal is None else "MISSED" if missed else "met"
-            yield (figure, amount(ours, unit), amount(other, unit), who, f"{ratio:.3f}",
-                   "" if goal is None else f"{goal:g}", verdict), missed
+            if who != "ours":
+                yield {"benchmark": benchmark, "figure": figure, "ours": ours, "reference": other,
+                       "reference_name": who, "ratio": ours / other, "goal": goal, "unit": unit}
+
+
+def amount(value, unit):
+    """As people read it: 1.2 ms, 340 KiB."""
+    while unit in LARGER and value >= 1000:
+        value, unit = value / 1000, LARGER[unit]
+    return (f"{value:.3g} {unit}" if value < 100 else f"{value:.0f} {unit}").rstrip()
+
+
+def missed(row):
+    return row["goal"] is not None and row["ratio"] > row["goal"]
+
+
+def cells(row):
+    """What the table shows of a row, under HEAD."""
+    goal, unit = row["goal"], row["unit"]
+    return (row["figure"], amount(row["ours"], unit), amount(row["reference"], unit), row["reference_name"],
+            f"{row['ratio']:.3f}", "" if goal is None else f"{goal:g}",
+            "" if goal is None else "MISSED" if missed(row) else "met")
 
 
 def table(lines):
@@ -60,9 +77,12 @@ def table(lines):
 
 def main(arguments):
     must_meet = arguments[:1] == ["--check"]
-    found = [row for path in arguments[must_meet:] for row in rows(read(path))]
-    print(table([HEAD] + [line for line, _ in found]))
-    return 1 if must_meet and any(missed for _, missed in found) else 0
+    out, *paths = arguments[must_meet:]
+    found = [row for path in paths for row in rows(path)]
+    with open(out, "w", encoding="utf-8") as file:
+        json.dump(found, file, indent=1)
+    print(table([HEAD] + [cells(row) for row in found]))
+    return 1 if must_meet and any(map(missed, found)) else 0
 
 
 if __name__ == "__main__":

@@ -153,7 +153,7 @@ void RunInTurns(values_t& values)
     const std::string lines = folder / "lines";
     const std::string path = folder / "a.log";
     WriteLines(lines);
-    for (int round = 0; round != kRounds; ++round)
+    for (int round = 0; round != values.Rounds(kRounds); ++round)
         for (const program_t& program : kPrograms)
         {
             fs::copy_file(lines, path, fs::copy_options::overwrite_existing);

@@ -3,14 +3,16 @@
 #include <algorithm>
 #include <stdexcept>
 
-values_t::values_t(int argc, char* argv[])
+values_t::values_t(int argc, char* argv[]) : m_is_quick(argc == 3 && std::string(argv[2]) == "--quick")
 {
     const std::string option = "--benchmark_out=";
-    if (argc != 2 || std::string(argv[1]).compare(0, option.size(), option) != 0)
-        throw std::runtime_error("usage: " + option + "FILE");
+    if (argc != 2 + m_is_quick || std::string(argv[1]).compare(0, option.size(), option) != 0)
+        throw std::runtime_error("usage: " + option + "FILE [--quick]");
     m_out.open(argv[1] + option.size());
     m_out << "{\"benchmarks\": [\n";
 }
+
+int values_t::Rounds(int all) const { return m_is_quick ? std::max(all / 5, 3) : all; }
 
 void values_t::Add(const std::string& figure, const std::string& who, double value, const std::string& unit)
 {

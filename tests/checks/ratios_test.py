@@ -25,24 +25,34 @@ MISSED = entries(4, "three|ours|", 10.1) + entries(5, "three|other|0.5", 20.0)
 
 
 class Ratios(unittest.TestCase):
-    def table(self, *arguments, results):
-        with MadeTree({"result.json": json.dumps({"benchmarks": results})}) as root:
+    def run_on(self, *arguments, results):
+        """Status, table, and what was written down."""
+        with MadeTree({"made.json": json.dumps({"benchmarks": results})}) as root:
+            written = os.path.join(root, "results.json")
             with contextlib.redirect_stdout(io.StringIO()) as out:
-                status = ratios.main([*arguments, os.path.join(root, "result.json")])
-            return status, out.getvalue()
+                status = ratios.main([*arguments, written, os.path.join(root, "made.json")])
+            with open(written, encoding="utf-8") as file:
+                return status, out.getvalue(), json.load(file)
 
     def test_a_ratio_is_that_of_the_medians(self):
         self.assertEqual(
-            (0, "figure   ours  other              ratio  goal\n"
-                "two     10 ns  20 ns  cat /etc/x  0.500   0.5  met\n"
-                "one      3 ms   2 ms  other       1.500\n"), self.table(results=SHOWN + MET))
+            (0, "figure   ours  reference              ratio  goal\n"
+                "two     10 ns      20 ns  cat /etc/x  0.500   0.5  met\n"
+                "one      3 ms       2 ms  other       1.500\n"), self.run_on(results=SHOWN + MET)[:2])
+
+    def test_each_row_is_written_down(self):
+        self.assertEqual(
+            [{"benchmark": "made", "figure": "two", "ours": 10.0, "reference": 20.0, "reference_name": "cat /etc/x",
+              "ratio": 0.5, "goal": 0.5, "unit": "ns"},
+             {"benchmark": "made", "figure": "one", "ours": 3e6, "reference": 2e6, "reference_name": "other",
+              "ratio": 1.5, "goal": None, "unit": "ns"}], self.run_on(results=SHOWN + MET)[2])
 
     def test_a_missed_goal_fails_only_a_check(self):
-        status, table = self.table(results=MISSED)
+        status, table, _ = self.run_on(results=MISSED)
         self.assertEqual(0, status)
         self.assertRegex(table, r" 0\.505 +0\.5 +MISSED\n")
-        self.assertEqual(1, self.table("--check", results=MET + MISSED)[0])
-        self.assertEqual(0, self.table("--check", results=MET + SHOWN)[0])
+        self.assertEqual(1, self.run_on("--check", results=MET + MISSED)[0])
+        self.assertEqual(0, self.run_on("--check", results=MET + SHOWN)[0])
 
 
 if __name__ == "__main__":
