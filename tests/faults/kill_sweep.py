@@ -120,15 +120,10 @@ def judge_writer(case, losses, killed):
     judge.judge_end()
     judge_killed(judge)
     numbered_log.judge_with_gzip(judge, after)
-    logged, most_looks = numbered_log.state()
-    if most_looks > 1:
-        judge.say(f"during one message the size was looked at {most_looks} times")
+    numbered_log.judge_looks(judge)
+    logged, _ = numbered_log.state()
     judge_messages(judge, after, logged)
-
-    repeat = machine.run_tool(options=["--log", numbered_log.LOG])
-    found = machine.look()
-    judge.verdict.add(verdict.judge_repeat(case, after, repeat, found), "the tool afterwards: ")
-    numbered_log.judge_more_messages(judge, found)
+    numbered_log.judge_afterwards(judge, after)
     return judge.verdict
 
 

@@ -8,6 +8,7 @@ import struct
 import subprocess
 
 import machine
+import verdict
 
 LOG = "/work/w.log"
 MESSAGES = "/out/messages"
@@ -119,6 +120,21 @@ def _text(found):
     """The sizes of the whole archives, and their text and the log's."""
     texts = [found.archives[path] for path in archives(found) if path not in found.broken]
     return [len(text) for text in texts], b"".join(texts) + found.logs.get(LOG, b"")
+
+
+def judge_looks(judge):
+    """One message looks at the log's size once."""
+    _, most_looks = state()
+    if most_looks > 1:
+        judge.say(f"during one message the size was looked at {most_looks} times")
+
+
+def judge_afterwards(judge, after):
+    """The tool, and then the next writer, go on with what a fault has left."""
+    repeat = machine.run_tool(options=["--log", LOG])
+    found = machine.look()
+    judge.verdict.add(verdict.judge_repeat(judge.case, after, repeat, found), "the tool afterwards: ")
+    judge_more_messages(judge, found)
 
 
 def judge_more_messages(judge, before):

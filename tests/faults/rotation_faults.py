@@ -177,22 +177,17 @@ def judged(case, losses, count, start):
     judge_writer(judge, written, count)
     judge_archives(judge, after)
     judge_messages(judge, after, count)
-
-    repeat = machine.run_tool(options=["--log", numbered_log.LOG])
-    found = machine.look()
-    judge.verdict.add(verdict.judge_repeat(case, after, repeat, found), "the tool afterwards: ")
-    numbered_log.judge_more_messages(judge, found)
+    numbered_log.judge_afterwards(judge, after)
     return judge.verdict
 
 
 def judge_writer(judge, written, count):
     if written.status != 0 or written.out or written.err:
         judge.say(f"the writer ended with status {written.status}: {written.out}{written.err}")
-    logged, most_looks = numbered_log.state()
+    logged, _ = numbered_log.state()
     if logged != count:
         judge.say(f"the writer came to message {logged} of {count}")
-    if most_looks > 1:
-        judge.say(f"during one message the size was looked at {most_looks} times")
+    numbered_log.judge_looks(judge)
 
 
 def judge_archives(judge, found):

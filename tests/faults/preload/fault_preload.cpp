@@ -100,6 +100,17 @@ bool NoMemory()
     return true;
 }
 
+// What a call that closes a stream gives back.
+int Closed(const char* call, int (*real)(FILE*), FILE* file)
+{
+    const bool fails = Fails(call, ::fileno(file));
+    const int result = real(file);
+    if (!fails)
+        return result;
+    errno = g_error;
+    return EOF;
+}
+
 // Half of the bytes, and no call is left without any.
 std::size_t Shortened(std::size_t size) { return (size + 1) / 2; }
 
@@ -158,23 +169,13 @@ extern "C" int close(int descriptor)
 extern "C" int fclose(FILE* file)
 {
     static const auto real = Real<int(FILE*)>("fclose");
-    const bool fails = Fails("fclose", ::fileno(file));
-    const int result = real(file);
-    if (!fails)
-        return result;
-    errno = g_error;
-    return EOF;
+    return Closed("fclose", real, file);
 }
 
 extern "C" int pclose(FILE* file)
 {
     static const auto real = Real<int(FILE*)>("pclose");
-    const bool fails = Fails("pclose", ::fileno(file));
-    const int result = real(file);
-    if (!fails)
-        return result;
-    errno = g_error;
-    return -1;
+    return Closed("pclose", real, file);
 }
 
 extern "C" ssize_t read(int descriptor, void* bytes, std::size_t size)
