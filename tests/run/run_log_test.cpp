@@ -42,6 +42,11 @@ const char kOddLength[] =
     "@ agentid| WARN|Failed to parse system UUID: Failed to execute 'dmidecode | grep -i uuid' command.\n";
 const char kOddDashes[] = "@ agentid| WARN|Failed to parse system UUID: Incorrect format of UUID string.\n";
 
+// A zone file with one kind of time, 5 hours and 45 minutes ahead of UTC.
+constexpr std::time_t kZone = 20700;
+const std::string kZoneFile = std::string("TZif") + std::string(35, '\0') + '\1' + std::string(3, '\0') +
+                              '\4' + std::string("\0\0\x50\xDC\0\0", 6) + std::string("ABC", 4);
+
 // The log between its frames, after the lines with which each run begins.
 std::string Log(const std::string& lines, const std::string& name = "/tool/nelvoagentid")
 {
@@ -55,11 +60,11 @@ std::string EndWithNewId(const machine_t& machine)
     return "@ agentid| Agent id: " + id + "\n" + id + "\n";
 }
 
-// Takes the heads out of a log that was written from a moment on.
+// Takes the heads out of a log that was written from a moment on, in a zone that many seconds ahead.
 class heads_t
 {
 public:
-    explicit heads_t(std::time_t begin) : m_last(begin) {}
+    explicit heads_t(std::time_t begin, std::time_t zone = 0) : m_last(begin), m_zone(zone) {}
 
     std::string TakeOut(const std::string& log)
     {
@@ -86,12 +91,11 @@ private:
                                                          rest.substr(thread + 9 + m_thread.size()));
     }
 
-    // The private machine has no zone of its own.
     void CheckTime(const std::string& text)
     {
         std::tm parts = {};
         ::strptime(text.c_str(), "%d.%m.%Y %H:%M:%S", &parts);
-        const std::time_t time = ::timegm(&parts);
+        const std::time_t time = ::timegm(&parts) - m_zone;
         std::ostringstream again;
         again << std::put_time(&parts, "%d.%m.%Y %H:%M:%S");
         EXPECT_EQ(again.str(), text);
@@ -110,6 +114,7 @@ private:
     }
 
     std::time_t m_last;
+    std::time_t m_zone;
     std::string m_thread;
 };
 
@@ -188,6 +193,28 @@ TEST(RunLog, NextRunFindsTheNewId)
 
     EXPECT_EQ(Log("@ agentid| Existed agentId found in agent file\n" + EndWithNewId(machine)),
               LogOf(machine));
+}
+
+// ---- The head of a line ----
+
+TEST(RunLog, TimeIsThatOfTheMachinesZone)
+{
+    machine_t machine;
+    machine.AgentFile(kAgentFileText);
+    machine.File("/etc/localtime", kZoneFile);
+    heads_t heads(std::time(nullptr), kZone);
+
+    EXPECT_EQ(Log(kEndWithAgentFile), heads.TakeOut(machine.Run({"--log", ""}).out));
+}
+
+// What cuts the numbers of threads to 32 bits behaves as it does because of that.
+TEST(RunLog, NumberOfTheThreadDoesNotFit32Bits)
+{
+    machine_t machine;
+    machine.AgentFile(kAgentFileText);
+    const std::string log = machine.Run({"--log", ""}).out;
+
+    EXPECT_LT(0xFFFFFFFFu, std::stoull(log.substr(log.find("] <") + 3)));
 }
 
 // ---- The agent file ----
