@@ -55,3 +55,12 @@ add_library(nelvo_static_runtime INTERFACE)
 if(NELVO_STATIC_RUNTIME)
     target_link_options(nelvo_static_runtime INTERFACE -static-libstdc++ -static-libgcc)
 endif()
+
+# Wholly static, and position independent all the same: at a fixed address the number of the main thread, which stands
+# in the head of each log line, would fit 32 bits, and what cuts such numbers to 32 bits would find threads that it
+# finds in no other build. As an item of the link line it stands behind CMake's own -pie, which it overrules. Packed
+# relocations, which start up quicker, need no C library of a certain version where it is linked in. The linker warns of
+# functions that would load shared libraries all the same, and such a warning is an error.
+add_library(nelvo_static INTERFACE)
+target_link_libraries(nelvo_static INTERFACE -static-pie)
+target_link_options(nelvo_static INTERFACE -Wl,-z,pack-relative-relocs,--fatal-warnings)

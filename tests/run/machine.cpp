@@ -29,6 +29,13 @@ const char kCounts[] = "/counts"; // where the tool counts what it executes
 #endif
 const char kSearchPath[] = "/fake:/tool:/usr/bin:/bin";
 
+// Where the tool that is tested stands on the real machine: the caller may name another.
+const char* BuiltTool()
+{
+    const char* const named = std::getenv("NELVO_TOOL");
+    return named != nullptr ? named : NELVO_TOOL;
+}
+
 // The search path first. How a sanitizer reports is the caller's choice, on the private machine too.
 std::vector<std::string> Environment()
 {
@@ -234,7 +241,7 @@ void machine_t::ShareSystem()
     Bind(mount_t::kind_t::kBind, "/proc");
     for (const char* const device : {"/dev/null", "/dev/zero", "/dev/full", "/dev/urandom"})
         BindFile(device, device);
-    BindFile(NELVO_TOOL, kTool);
+    BindFile(BuiltTool(), kTool);
     BindFile(ASK_SOURCE, kAskSource);
     BindFile(SHORT_OF_MEMORY, kShortOfMemory);
 #ifdef NELVO_COUNTS
