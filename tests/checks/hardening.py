@@ -1,9 +1,13 @@
-"""Holds a built program against what is promised of the tool:  hardening.py READELF PROGRAM COMMANDS
+"""Holds a built program against what is promised of the tool:
+
+hardening.py READELF PROGRAM COMMANDS ROOT [EXPORT...]
+hardening.py --static READELF PROGRAM COMMANDS ROOT
 
 Position independent, all relocations read-only, stack not executable, stack protector and fortified calls
-inside, no search path for libraries, and no library needed but the C library. The libraries that are linked
-in bring protected calls of their own, so the compile commands (compile_commands.json) are read too: each
-source of the project is compiled with both.
+inside, no search path for libraries. The program needs the C library and no other, and exports exactly the names;
+a static one has no interpreter, needs no library and exports nothing. The libraries that are linked in bring
+protected calls of their own, so the compile commands (compile_commands.json) are read too: each source of the
+project is compiled with both.
 """
 
 import json
@@ -16,7 +20,8 @@ import tree
 
 _NEEDED = re.compile(r"\(NEEDED\)\s+Shared library: \[(.+)\]")
 _STACK = re.compile(r"^\s*GNU_STACK\s.*\s([RWE ]{3})\s+0x[0-9a-f]+$", re.MULTILINE)
-_ALLOWED = re.compile(r"libc\.so\.6|ld-linux-.*\.so\.\d+")
+_C_LIBRARY = re.compile(r"libc\.so\.6|ld-linux-.*\.so\.\d+")
+_SYMBOL = re.compile(r"^\s*\d+: [0-9a-f]+\s+\S+ \S+\s+(?:GLOBAL|WEAK|UNIQUE)\s+\S+\s+(\S+) (\S+)", re.MULTILINE)
 
 # Defines functions of the C library, which fortified headers would define themselves.
 _UNFORTIFIED = "libc_overrides.cpp"
@@ -26,11 +31,26 @@ def readelf(tool, *arguments):
     return subprocess.run([tool, "--wide", *arguments], check=True, capture_output=True, text=True).stdout
 
 
-def program_faults(tool, program):
+def linking_faults(segments, dynamic, symbols, exports, static):
+    """What the program takes from other files at its start, and what it gives them."""
+    needed = _NEEDED.findall(dynamic)
+    if static and "INTERP" in segments:
+        yield "has an interpreter"
+    if not static and "libc.so.6" not in needed:
+        yield "does not need the C library"
+    yield from (f"needs {name}" for name in needed if static or not _C_LIBRARY.fullmatch(name))
+
+    exported = {name.split("@")[0] for section, name in _SYMBOL.findall(symbols) if section != "UND"}
+    yield from (f"exports {name}" for name in sorted(exported - set(exports)))
+    yield from (f"does not export {name}" for name in sorted(set(exports) - exported))
+
+
+def program_faults(tool, program, exports, static):
     header = readelf(tool, "--file-header", program)
     segments = readelf(tool, "--segments", program)
     dynamic = readelf(tool, "--dynamic", program)
-    symbols = readelf(tool, "--dyn-syms", program)
+    dynamic_symbols = readelf(tool, "--dyn-syms", program)
+    symbols = readelf(tool, "--symbols", program) if static else dynamic_symbols
     stack = _STACK.search(segments)
 
     faults = []
@@ -50,7 +70,7 @@ def program_faults(tool, program):
         faults.append("has no fortified call")
     if re.search(r"\((RPATH|RUNPATH)\)", dynamic):
         faults.append("has a search path for libraries")
-    faults += (f"needs {name}" for name in _NEEDED.findall(dynamic) if not _ALLOWED.fullmatch(name))
+    faults += linking_faults(segments, dynamic, dynamic_symbols, exports, static)
     return [f"{program}: {fault}" for fault in faults]
 
 
@@ -73,9 +93,14 @@ def command_faults(commands, root):
             yield f"{entry['file']}: compiled without -D_FORTIFY_SOURCE=2"
 
 
-def check(tool, program, commands, root):
-    return program_faults(tool, program) + list(command_faults(commands, root))
+def check(tool, program, commands, root, *exports, static=False):
+    return program_faults(tool, program, exports, static) + list(command_faults(commands, root))
+
+
+def main(arguments):
+    static = arguments[:1] == ["--static"]
+    tree.finish("hardening", check(*arguments[static:], static=static))
 
 
 if __name__ == "__main__":
-    tree.finish("hardening", check(*sys.argv[1:]))
+    main(sys.argv[1:])

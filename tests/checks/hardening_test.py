@@ -21,20 +21,23 @@ int main(int count, char* values[])
 }
 """
 FLAGS = ["-O2", "-fPIE", "-pie", "-fstack-protector-strong", "-U_FORTIFY_SOURCE", "-D_FORTIFY_SOURCE=2",
-         "-static-libstdc++", "-static-libgcc", "-Wl,-z,relro,-z,now,-z,noexecstack"]
+         "-Wl,-z,relro,-z,now,-z,noexecstack"]
+SHARED_C_LIBRARY = ["-static-libstdc++", "-static-libgcc"]
 SOURCE_FLAGS = "-fstack-protector-strong -D_FORTIFY_SOURCE=2"
 
 COMPILER, READELF = sys.argv[1:3]
 
 
 class Hardening(unittest.TestCase):
-    def faults(self, *flags, source_flags=SOURCE_FLAGS, source="tool/main.cpp"):
+    def faults(self, *flags, source_flags=SOURCE_FLAGS, source="tool/main.cpp", exports=(), static=False):
         commands = [{"file": f"/root/{source}", "command": f"c++ {source_flags} -c {source}"}]
         with MadeTree({"main.cpp": SOURCE, "commands.json": json.dumps(commands)}) as root:
             program = os.path.join(root, "main")
-            subprocess.run([COMPILER, os.path.join(root, "main.cpp"), "-o", program, *FLAGS, *flags],
+            linking = [] if "-static-pie" in flags else SHARED_C_LIBRARY
+            subprocess.run([COMPILER, os.path.join(root, "main.cpp"), "-o", program, *FLAGS, *linking, *flags],
                            check=True)
-            faults = hardening.check(READELF, program, os.path.join(root, "commands.json"), "/root")
+            faults = hardening.check(READELF, program, os.path.join(root, "commands.json"), "/root", *exports,
+                                     static=static)
             return [fault.removeprefix(program + ": ") for fault in faults]
 
     def test_a_program_in_order_has_no_faults(self):
@@ -65,6 +68,33 @@ class Hardening(unittest.TestCase):
 
     def test_another_shared_library_is_a_fault(self):
         self.assertEqual(["needs libm.so.6"], self.faults("-Wl,--no-as-needed", "-lm"))
+
+    def test_an_export_that_is_not_promised_is_a_fault(self):
+        self.assertEqual(["exports main"], self.faults("-Wl,--export-dynamic-symbol=main"))
+        self.assertEqual([], self.faults("-Wl,--export-dynamic-symbol=main", exports=["main"]))
+
+    def test_a_promised_export_that_is_missing_is_a_fault(self):
+        self.assertEqual(["does not export main"], self.faults(exports=["main"]))
+
+    def test_a_program_without_a_shared_c_library_is_a_fault(self):
+        self.assertIn("does not need the C library", self.faults("-static-pie"))
+
+    def test_a_static_program_in_order_has_no_faults(self):
+        self.assertEqual([], self.faults("-static-pie", static=True))
+
+    def test_a_static_program_that_is_not_is_a_fault(self):
+        self.assertEqual(["has an interpreter", "needs libc.so.6"], self.faults(static=True))
+
+    def test_a_static_program_at_a_fixed_address_is_a_fault(self):
+        self.assertIn("is not position independent", self.faults("-static", "-no-pie", static=True))
+
+    def test_a_static_program_that_exports_is_a_fault(self):
+        self.assertEqual(["exports main"],
+                         self.faults("-static-pie", "-Wl,--export-dynamic-symbol=main", static=True))
+
+    def test_a_static_program_without_protection_is_a_fault(self):
+        self.assertEqual(["has no read-only relocations", "has an executable stack"],
+                         self.faults("-static-pie", "-Wl,-z,norelro,-z,execstack", static=True))
 
     def test_a_source_that_is_compiled_without_protection_is_a_fault(self):
         faults = ["/root/tool/main.cpp: compiled without -fstack-protector-strong",
