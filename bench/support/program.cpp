@@ -17,10 +17,12 @@
 namespace
 {
 
-// Whoever measures: programs look at locales before they do anything, and most machines speak UTF-8.
-const char* const kEnvironment[] = {"PATH=/usr/sbin:/usr/bin:/sbin:/bin", "LANG=C.UTF-8", nullptr};
-
 char* const* Pointers(const char* const* texts) { return const_cast<char* const*>(texts); }
+
+std::array<const char*, 3> EnvironmentOf(const program_t& program)
+{
+    return {"PATH=/usr/sbin:/usr/bin:/sbin:/bin", program.lang, nullptr};
+}
 
 pid_t Spawn(const program_t& program, const std::string& output)
 {
@@ -29,7 +31,7 @@ pid_t Spawn(const program_t& program, const std::string& output)
     ::posix_spawn_file_actions_addopen(&actions, STDOUT_FILENO, output.c_str(), O_WRONLY | O_CREAT, 0600);
     pid_t pid = -1;
     errno = ::posix_spawn(&pid, program.arguments[0], &actions, nullptr, Pointers(program.arguments.data()),
-                          Pointers(kEnvironment));
+                          Pointers(EnvironmentOf(program).data()));
     CheckCall(errno == 0, program.name);
     ::posix_spawn_file_actions_destroy(&actions);
     return pid;
@@ -66,7 +68,8 @@ pid_t StartTraced(const program_t& program)
         ::dup2(null, STDOUT_FILENO);
         ::close(null);
         ::ptrace(PTRACE_TRACEME, 0, nullptr, nullptr);
-        ::execve(program.arguments[0], Pointers(program.arguments.data()), Pointers(kEnvironment));
+        ::execve(program.arguments[0], Pointers(program.arguments.data()),
+                 Pointers(EnvironmentOf(program).data()));
         ::_exit(127);
     }
     return pid;

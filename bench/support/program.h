@@ -1,7 +1,7 @@
 #pragma once
 
-// Runs of whole programs and what each costs. All have the same environment: the system's own programs in
-// PATH, and LANG=C.UTF-8, whatever the caller's is.
+// Runs of whole programs and what each costs. All have the same environment, whatever the caller's is: the
+// system's own programs in PATH, and LANG.
 
 #include <array>
 #include <string>
@@ -10,6 +10,7 @@ struct program_t
 {
     const char* name;                     // in the figures
     std::array<const char*, 3> arguments; // the path first, and null behind the last
+    const char* lang = "LANG=C.UTF-8"; // as on most machines: programs load a locale before they do anything
 };
 
 // The processes that a program starts and waits for count as well.
