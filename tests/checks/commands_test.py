@@ -422,14 +422,15 @@ class Lint(Commands):
     def setUp(self):
         notes = "#!/bin/sh\n" + NOTES
         sources = {"nelvo/a.h": "", "nelvo/a.cpp": "", "tool/b.cpp": "", "tests/c.cpp": "", "bench/d.cpp": "",
-                   "fuzz/e.cpp": ""}
+                   "fuzz/e.cpp": "", "packaging/f.8": ""}
         self.command = self.make("lint", {"script/bootstrap": notes, **sources},
                                  {"clang-format": NOTES, "clang-tidy": NOTES, "cppcheck": NOTES, "cmake": "",
-                                  "nproc": "echo 1\n"})
+                                  "mandoc": NOTES, "nproc": "echo 1\n"})
 
     def lint(self, *arguments):
         result, calls = self.run_command(self.command, *arguments)
         self.status = result.returncode
+        self.manuals = [call for call in calls if call.startswith("mandoc ")]
         words = [call.split() for call in calls]
         return [{word for call in words if call[0] == name for word in call if word.endswith((".h", ".cpp"))}
                 for name in ("clang-format", "cppcheck", "clang-tidy")]
@@ -437,14 +438,15 @@ class Lint(Commands):
     def test_looks_at_every_file(self):
         sources = {"nelvo/a.cpp", "tool/b.cpp", "tests/c.cpp", "bench/d.cpp", "fuzz/e.cpp"}
         self.assertEqual([sources | {"nelvo/a.h"}, sources | {"nelvo/a.h"}, sources], self.lint())
-        self.assertEqual(0, self.status)
+        self.assertEqual((0, ["mandoc -T lint -W warning packaging/f.8"]), (self.status, self.manuals))
 
     def test_looks_at_the_files_that_it_is_given(self):
         given = {"nelvo/a.h", "tool/b.cpp"}
         self.assertEqual([given, given, {"tool/b.cpp"}], self.lint(*given))
+        self.assertEqual([], self.manuals)
 
     def test_fails_when_a_linter_does(self):
-        for name in ("clang-format", "cppcheck", "clang-tidy"):
+        for name in ("clang-format", "cppcheck", "clang-tidy", "mandoc"):
             self.become(**{name: "exit 1\n"})
             self.lint()
             self.assertNotEqual(0, self.status)
