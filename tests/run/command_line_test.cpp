@@ -53,6 +53,9 @@ TEST(CommandLine, LongNameMayBeShortened)
 TEST(CommandLine, LogNameMayLookLikeAnOption)
 {
     ExpectAccepted({"--log", "--foo"});
+    ExpectAccepted({"--log", "--log"});
+    ExpectAccepted({"--log", "--"});
+    ExpectAccepted({"-l", "-lx"});
     ExpectAccepted({"-l=x"});
     ExpectAccepted({"-log"});
 }
@@ -73,10 +76,17 @@ TEST(CommandLine, MissingLogNameIsRefused)
     ExpectRefused({"-l"}, "the required argument for option '--log' is missing");
 }
 
+TEST(CommandLine, ShortFormIsNoLogName)
+{
+    ExpectRefused({"--log", "-l"}, "the required argument for option '--log' is missing");
+    ExpectRefused({"-l", "-l"}, "the required argument for option '--log' is missing");
+}
+
 TEST(CommandLine, NothingAfterTheEqualSignIsRefused)
 {
     ExpectRefused({"--log="},
                   "the argument for option '--log' should follow immediately after the equal sign");
+    ExpectRefused({"--lo="}, "the argument for option '--lo' should follow immediately after the equal sign");
 }
 
 TEST(CommandLine, LogGivenTwiceIsRefused)
