@@ -25,6 +25,9 @@ EXCERPTS = (README, "docs/operators.md")
 SOURCES = ("tool", "nelvo/logging/receiver")
 TESTS = ("tests/run", "tests/faults")
 
+# How paths begin that only the tool would have a README name.
+OWN_PATHS = ("/etc/nelvo", "/sys/", "/tmp/Nelvo")
+
 # The functions below those folders that a run comes to, and whose texts it lets out.
 REACHED = {
     "nelvo/core/guid.cpp": ("Guid::Parse(std::string_view", "Guid::ToString("),
@@ -203,7 +206,7 @@ def path_faults(root, manual):
     yield from (f"{README}: lacks {name}" for name in sorted(source_paths(root, "tool") - {"/dev/null"})
                 if name.startswith("/") and name not in named)
     yield from (f"{README}: has {name}, which the sources lack" for name in sorted(named - wanted)
-                if name.startswith(("/etc/", "/sys/", "/tmp/")))
+                if name.startswith(OWN_PATHS))
 
 
 def check(root):
