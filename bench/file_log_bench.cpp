@@ -180,11 +180,15 @@ void AddOneLine()
     constexpr double kSpdlogGoal = 1;
     constexpr double kLog4cplusGoal = 0.7;
     constexpr double kBoostGoal = 0.6;
+    constexpr double kPocoGoal = 0.35;
+    constexpr double kGlogGoal = 0.35;
     AddMessage("message of one line", kWriteGoal,
                [](const logging::log_channel_t& channel) { channel.info(kText); })
         .Against("spdlog", kSpdlogGoal, PeerWork(SpdlogTo, "spdlog"))
         .Against("log4cplus", kLog4cplusGoal, PeerWork(Log4cplusTo, "log4cplus"))
-        .Against("Boost.Log", kBoostGoal, PeerWork(BoostLogTo, "boost"));
+        .Against("Boost.Log", kBoostGoal, PeerWork(BoostLogTo, "boost"))
+        .Against("POCO", kPocoGoal, PeerWork(PocoTo, "poco"))
+        .Against("glog", kGlogGoal, PeerWork(GlogTo, "glog"));
 }
 
 void AddThreeLines()

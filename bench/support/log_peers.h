@@ -14,3 +14,5 @@ using peer_t = std::function<void(const std::string& text)>;
 peer_t SpdlogTo(const std::string& path);
 peer_t Log4cplusTo(const std::string& path);
 peer_t BoostLogTo(const std::string& path);
+peer_t PocoTo(const std::string& path);
+peer_t GlogTo(const std::string& path);
