@@ -17,21 +17,21 @@ namespace
 
 constexpr std::size_t kTextSize = 36;
 
-std::string WithoutBraces(std::string text)
+std::string_view WithoutBraces(std::string_view text)
 {
     if (text.size() <= 1)
         return text;
     if (text.front() == '{')
-        text.erase(0, 1);
+        text.remove_prefix(1);
     if (text.back() == '}')
-        text.pop_back();
+        text.remove_suffix(1);
     return text;
 }
 
 // uuid_parse stores nothing when the text is bad.
-void ParseInto(std::uint8_t* bytes, std::string text)
+void ParseInto(std::uint8_t* bytes, std::string_view text)
 {
-    ::uuid_parse(WithoutBraces(std::move(text)).c_str(), bytes);
+    ::uuid_parse(std::string(WithoutBraces(text)).c_str(), bytes);
 }
 
 std::string BracedText(const std::uint8_t* bytes)
@@ -90,7 +90,7 @@ Guid Guid::Parse(std::string_view text)
 try
 {
     Guid value;
-    ParseInto(value.m_bytes.data(), std::string(text));
+    ParseInto(value.m_bytes.data(), text);
     return value;
 }
 catch (std::exception& e)
