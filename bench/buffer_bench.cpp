@@ -3,12 +3,16 @@
 #include "nelvo/core/cnt/buf_reader.h"
 #include "nelvo/core/cnt/buf_writer.h"
 
+#include <cstddef>
+#include <cstdint>
 #include <cstring>
+#include <memory>
 #include <string>
 #include <string_view>
 #include <vector>
 
 #include "bench/support/figure.h"
+#include "bench/support/growth_figure.h"
 
 namespace
 {
@@ -39,9 +43,9 @@ private:
     char* m_place;
 };
 
-void WriteRecords(cnt::CBufWriter& writer)
+void WriteRecords(cnt::CBufWriter& writer, int count)
 {
-    for (int i = 0; i != kRecords; ++i)
+    for (int i = 0; i != count; ++i)
     {
         writer.WriteBool(true);
         writer.WriteInt32(i);
@@ -55,12 +59,12 @@ void AddRecordsWritten()
     static cnt::CBufWriter writer;
     static std::vector<char> plain(kRecords * kRecordSize);
     static std::string text;
-    figure_t("1000 records written")
+    figure_t("flat buffer, 1,000 records written")
         .Ours(
             []
             {
                 writer.Rewind();
-                WriteRecords(writer);
+                WriteRecords(writer, kRecords);
                 return writer.GetPosition();
             })
         .Against("std::string", 1.5,
@@ -96,10 +100,10 @@ void AddRecordsWritten()
                  });
 }
 
-std::uint64_t SumOfRecords(CBufReader& reader)
+std::uint64_t SumOfRecords(CBufReader& reader, int count)
 {
     std::uint64_t sum = 0;
-    for (int i = 0; i != kRecords; ++i)
+    for (int i = 0; i != count; ++i)
     {
         sum += reader.ReadBool() ? 1U : 0U;
         sum += reader.ReadUint32();
@@ -134,20 +138,22 @@ std::uint64_t SumOfPlainRecords(const char* place)
     return sum;
 }
 
+CBufReader::buffer_ptr_t BufferOfRecords(int count)
+{
+    cnt::CBufWriter writer;
+    WriteRecords(writer, count);
+    return writer.GetBuffer();
+}
+
 void AddRecordsRead()
 {
-    static const auto buffer = []
-    {
-        cnt::CBufWriter writer;
-        WriteRecords(writer);
-        return writer.GetBuffer();
-    }();
-    figure_t("1000 records read")
+    static const CBufReader::buffer_ptr_t buffer = BufferOfRecords(kRecords);
+    figure_t("flat buffer, 1,000 records read")
         .Ours(
             []
             {
                 CBufReader reader(buffer);
-                return SumOfRecords(reader);
+                return SumOfRecords(reader, kRecords);
             })
         .Against("memcpy", 2, [] { return SumOfPlainRecords(buffer->data()); });
 }
@@ -158,7 +164,7 @@ void AddBlob()
     static const std::string blob(kSize, 'x');
     static cnt::CBufWriter writer;
     static std::vector<char> plain(kSize + 4);
-    figure_t("blob of 1 MiB written")
+    figure_t("flat buffer, blob of 1 MiB written")
         .Ours(
             []
             {
@@ -176,6 +182,32 @@ void AddBlob()
                  });
 }
 
+void AddGrowth()
+{
+    constexpr std::size_t kMostRecords = 8000;
+    AddGrowthFigure("records of a flat buffer written", kMostRecords,
+                    [](std::size_t size)
+                    {
+                        const auto writer = std::make_shared<cnt::CBufWriter>();
+                        return [writer, count = static_cast<int>(size)]
+                        {
+                            writer->Rewind();
+                            WriteRecords(*writer, count);
+                            return writer->GetPosition();
+                        };
+                    });
+    AddGrowthFigure("records of a flat buffer read", kMostRecords,
+                    [](std::size_t size)
+                    {
+                        const int count = static_cast<int>(size);
+                        return [count, buffer = BufferOfRecords(count)]
+                        {
+                            CBufReader reader(buffer);
+                            return SumOfRecords(reader, count);
+                        };
+                    });
+}
+
 } // namespace
 
 void AddFigures()
@@ -183,4 +215,5 @@ void AddFigures()
     AddRecordsWritten();
     AddRecordsRead();
     AddBlob();
+    AddGrowth();
 }

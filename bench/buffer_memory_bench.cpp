@@ -113,12 +113,12 @@ try
     values_t values(argc, argv);
     for (int round = 0; round != values.Rounds(kRounds); ++round)
     {
-        const std::string message = "page faults of the first small message";
+        const std::string message = "flat buffer, page faults of the first small message";
         values.Add(message, "ours", FaultsInAProcessOf("message"), "");
         values.Add(message, "eight|1", 8, "");
         values.Add(message, "a MiB of zeros", FaultsInAProcessOf("mebibyte"), "");
 
-        const std::string length = "page faults of a text with a false length of 500 MiB";
+        const std::string length = "flat buffer, page faults of a text with a false length of 500 MiB";
         values.Add(length, "ours", FaultsInAProcessOf("false length"), "");
         values.Add(length, "a length cut short|1.1", FaultsInAProcessOf("cut length"), "");
     }

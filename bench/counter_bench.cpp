@@ -25,7 +25,7 @@ void AddStartAndStop()
 {
     constexpr double kGoal = 3.5;
     const auto counters = std::make_shared<workload::CThreadCounters>();
-    figure_t("start and stop of a counter")
+    figure_t("thread counters, start and stop")
         .Ours(
             [counters]
             {
@@ -42,7 +42,7 @@ void AddWrite()
     static const bench_folder_t folder;
     const auto file = posix::posix_file_t::CreateOrOpen(folder / "counted");
     const int descriptor = ::open((folder / "bare").c_str(), O_CREAT | O_WRONLY, 0600);
-    figure_t("write of one byte")
+    figure_t("counted write of one byte")
         .Ours(
             [file]
             {

@@ -1,12 +1,14 @@
 // What does a failure cost that gains a context line at each of five levels on its way out, next to
 // boost::exception? And what do many lines cost?
 
+#include <cstddef>
 #include <stdexcept>
 #include <string>
 
 #include <boost/exception/all.hpp>
 
 #include "bench/support/figure.h"
+#include "bench/support/growth_figure.h"
 #include "nelvo/core/exc/rethrow.h"
 #include "nelvo/core/exc/runtime_exc.h"
 
@@ -81,7 +83,7 @@ auto Caught(Fail fail, Look look)
 
 void AddFiveLevels()
 {
-    figure_t("five context lines")
+    figure_t("failure with five context lines")
         .Ours([] { return Caught<std::exception>(FailOurs<4>, [](auto& e) { return e.what()[0]; }); })
         .Against("boost::exception", 1.2,
                  [] { return Caught<std::exception>(FailBoost<4>, [](auto& e) { return e.what()[0]; }); })
@@ -95,26 +97,20 @@ void AddFiveLevels()
                  [] { return Caught<std::exception>(FailBare<4>, [](auto& e) { return e.what()[0]; }); });
 }
 
-std::size_t SizeOfLines(int count)
+std::size_t SizeOfLines(std::size_t count)
 {
     static const std::string line = kContext;
     exc::exc_base_t e;
-    for (int i = 0; i != count; ++i)
+    for (std::size_t i = 0; i != count; ++i)
         e.AddMessage(line);
     return e.GetPlainText().size();
 }
 
 void AddManyLines()
 {
-    figure_t("500 context lines")
-        .Ours([] { return SizeOfLines(500); })
-        .Against("10 of 50", 1.5,
-                 []
-                 {
-                     for (int i = 1; i != 10; ++i)
-                         benchmark::DoNotOptimize(SizeOfLines(50));
-                     return SizeOfLines(50);
-                 });
+    constexpr std::size_t kLines = 1000;
+    AddGrowthFigure("context lines of a failure", kLines,
+                    [](std::size_t count) { return [count] { return SizeOfLines(count); }; });
 }
 
 } // namespace

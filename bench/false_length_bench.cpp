@@ -62,11 +62,11 @@ double PageFaults(Work work)
 template <class Read>
 void AddFigure(values_t& values, const std::string& name, Read read)
 {
+    const std::string figure = "stream, page faults of 1 GiB that is not there, " + name;
     for (int round = 0; round != values.Rounds(kRounds); ++round)
     {
-        values.Add("1 GiB that is not there, " + name, "ours",
-                   PageFaults([&] { ReadClaimed(kFalseLength, 16, read); }), "faults");
-        values.Add("1 GiB that is not there, " + name, "1 MiB that is there|1",
+        values.Add(figure, "ours", PageFaults([&] { ReadClaimed(kFalseLength, 16, read); }), "faults");
+        values.Add(figure, "1 MiB that is there|1",
                    PageFaults([&] { ReadClaimed(kTrueLength, kTrueLength, read); }), "faults");
     }
 }

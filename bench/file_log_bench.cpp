@@ -182,7 +182,7 @@ void AddOneLine()
     constexpr double kBoostGoal = 0.6;
     constexpr double kPocoGoal = 0.35;
     constexpr double kGlogGoal = 0.35;
-    AddMessage("message of one line", kWriteGoal,
+    AddMessage("file log, message of one line", kWriteGoal,
                [](const logging::log_channel_t& channel) { channel.info(kText); })
         .Against("spdlog", kSpdlogGoal, PeerWork(SpdlogTo, "spdlog"))
         .Against("log4cplus", kLog4cplusGoal, PeerWork(Log4cplusTo, "log4cplus"))
@@ -194,14 +194,14 @@ void AddOneLine()
 void AddThreeLines()
 {
     constexpr double kGoal = 1.55;
-    AddMessage("message of three lines", kGoal,
+    AddMessage("file log, message of three lines", kGoal,
                [](const logging::log_channel_t& channel) { channel.info(kThreeLines); });
 }
 
 void AddThreeArguments()
 {
     constexpr double kGoal = 1.65;
-    AddMessage("message with three arguments", kGoal,
+    AddMessage("file log, message with three arguments", kGoal,
                [](const logging::log_channel_t& channel) { channel.info(kPattern, kPath, 1048576, 3); });
 }
 
@@ -226,7 +226,7 @@ void AddThreads()
     const auto ours = std::make_shared<our_log_t>("threads");
     const auto bare = std::make_shared<bare_file_t>(
         "threads, write", BytesOf([](const logging::log_channel_t& channel) { channel.info(kText); }));
-    figure_t("20,000 messages of 4 threads")
+    figure_t("file log, 20,000 messages of 4 threads")
         .OfAllThreads()
         .Ours(
             [ours]

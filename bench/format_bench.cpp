@@ -8,7 +8,7 @@
 #include <fmt/format.h>
 
 #include "bench/support/figure.h"
-#include "bench/support/linear_figure.h"
+#include "bench/support/growth_figure.h"
 
 namespace
 {
@@ -54,7 +54,7 @@ std::string Stream(const texts_t& texts)
 void AddThreeStrings()
 {
     const texts_t texts;
-    figure_t("three strings")
+    figure_t("Format, three strings")
         .Ours([texts] { return util::Format(kOurs, texts.from, texts.to, texts.why); })
         .Against("fmt", 0.7,
                  [texts] { return fmt::format(fmt::runtime(kFmt), texts.from, texts.to, texts.why); })
@@ -69,7 +69,7 @@ void AddTwoIntegers()
     // Not constant, so that no conversion is done ahead.
     static volatile int first = 4096;
     static volatile int second = 1048576;
-    figure_t("two integers")
+    figure_t("Format, two integers")
         .Ours([] { return util::Format(kOursTwo, int{first}, int{second}); })
         .Against("fmt", 1.0, [] { return fmt::format(fmt::runtime(kFmtTwo), int{first}, int{second}); })
         .Against("boost::format", [] { return (boost::format(kBoostTwo) % int{first} % int{second}).str(); })
@@ -84,7 +84,7 @@ void AddTwoIntegers()
 
 void AddLongTemplate(const std::string& name, const std::string& piece)
 {
-    AddLinearFigure(name, piece, [](const std::string& text) { return util::Format(text, "argument"); });
+    AddTextGrowth(name, piece, [](const std::string& text) { return util::Format(text, "argument"); });
 }
 
 } // namespace

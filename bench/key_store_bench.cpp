@@ -76,10 +76,10 @@ void AddFigures()
 {
     static const store_t small(1'000);
     static const store_t big(100'000);
-    figure_t("100 look-ups among 100,000 key sets")
+    figure_t("key store, 100 look-ups among 100,000 key sets")
         .Ours([] { return big.FindIds(); })
         .Against("among 1,000", 3.0, [] { return small.FindIds(); });
-    figure_t("100 look-ups by text among 100,000 key sets")
+    figure_t("key store, 100 look-ups by text among 100,000 key sets")
         .Ours([] { return big.FindTexts(); })
         .Against("among 1,000", 3.0, [] { return small.FindTexts(); });
 }

@@ -4,12 +4,15 @@
 #include "nelvo/logging/log_channel.h"
 #include "nelvo/logging/receiver/debug_log.h"
 
+#include <cstddef>
 #include <cstdlib>
 #include <ctime>
 #include <fcntl.h>
 #include <iomanip>
+#include <iterator>
 #include <pthread.h>
 #include <sstream>
+#include <string>
 #include <unistd.h>
 
 #include <boost/format.hpp>
@@ -17,6 +20,7 @@
 #include <fmt/format.h>
 
 #include "bench/support/figure.h"
+#include "bench/support/growth_figure.h"
 
 namespace
 {
@@ -75,12 +79,16 @@ ssize_t WriteNinetyBytes()
     return written;
 }
 
+boost::shared_ptr<logging::log_t> SwallowingLog()
+{
+    return boost::make_shared<logging::log_t>(boost::make_shared<logging::receiver::COutputDebugStringLog>());
+}
+
 void AddSwallowed()
 {
-    const auto log =
-        boost::make_shared<logging::log_t>(boost::make_shared<logging::receiver::COutputDebugStringLog>());
+    const auto log = SwallowingLog();
     const auto format = boost::make_shared<logging::format::line_format_t>("bench");
-    figure_t("line to a receiver that swallows it")
+    figure_t("log line to a receiver that swallows it")
         .Ours(
             [log, format]
             {
@@ -97,7 +105,7 @@ void AddUnreceived()
     constexpr double kGoal = 0.2;
     const auto channel =
         boost::make_shared<logging::log_channel_t>("bench", boost::make_shared<logging::log_t>());
-    figure_t("message without a receiver")
+    figure_t("log message without a receiver")
         .Ours(
             [channel]
             {
@@ -107,10 +115,37 @@ void AddUnreceived()
         .Against("write of 90 bytes", kGoal, WriteNinetyBytes);
 }
 
+void AddGrowth()
+{
+    constexpr std::size_t kLines = 1000;
+    const auto channel = boost::make_shared<logging::log_channel_t>("bench", SwallowingLog());
+    AddGrowthFigure("lines of a log message", kLines,
+                    [channel](std::size_t count)
+                    {
+                        return [channel,
+                                text = RepeatedText(std::string(kText) + '\n', count * std::size(kText))]
+                        {
+                            channel->info(text);
+                            return channel.get();
+                        };
+                    });
+    AddGrowthFigure("log messages", kLines,
+                    [channel](std::size_t count)
+                    {
+                        return [channel, count]
+                        {
+                            for (std::size_t i = 0; i != count; ++i)
+                                channel->info("Agent id: %1", kId);
+                            return channel.get();
+                        };
+                    });
+}
+
 } // namespace
 
 void AddFigures()
 {
     AddSwallowed();
     AddUnreceived();
+    AddGrowth();
 }

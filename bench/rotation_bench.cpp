@@ -1,10 +1,9 @@
 // What does the rotation of a log of 15 MiB cost, next to a bare loop over zlib and to gzip on the same
-// bytes?
+// bytes? And that of a log twice as big?
 //
-// The three take turns, each run in a process of its own, whose user and system time counts. All files stand
-// on tmpfs.
+// All take turns, each run in a process of its own, whose user and system time counts. All files stand on
+// tmpfs.
 
-#include <array>
 #include <cerrno>
 #include <cstdint>
 #include <fcntl.h>
@@ -36,6 +35,7 @@ namespace fs = std::filesystem;
 
 constexpr int kRounds = 9;
 constexpr std::uintmax_t kLogSize = 15728640;
+constexpr std::uintmax_t kTwiceTheSize = 2 * kLogSize;
 constexpr std::size_t kBufferSize = 1048576;
 
 // Messages as a run of the tool and a copying agent would send them, all with the heads of a real log.
@@ -68,14 +68,14 @@ private:
     std::minstd_rand m_random; // the same lines in each run, but for their heads
 };
 
-void WriteLines(const std::string& path)
+void WriteLines(const std::string& path, std::uintmax_t size)
 {
     const auto receiver = boost::make_shared<posix::posix_log_file_t>(path);
     const logging::log_channel_t channel("bench", boost::make_shared<logging::log_t>(receiver));
     message_source_t messages;
-    while (receiver->get_size() < kLogSize)
+    while (receiver->get_size() < size)
         messages.Send(channel);
-    fs::resize_file(path, kLogSize);
+    fs::resize_file(path, size);
 }
 
 void Rotate(const std::string& path)
@@ -101,24 +101,31 @@ void CompressByGzip(const std::string& path)
     throw std::system_error(errno, std::generic_category(), "gzip");
 }
 
-struct program_t
+struct run_t
 {
+    const char* figure;
     const char* who;
     void (*compress)(const std::string& path);
+    std::uintmax_t log_size;
 };
 
-constexpr std::array<program_t, 3> kPrograms = {{
-    {"ours", Rotate},
-    {"zlib|1.05", CompressByZlib},
-    {"gzip -9|0.9", CompressByGzip},
-}};
+const char kRotation[] = "rotation of a log of 15 MiB";
+const char kGrowth[] = "growth: rotation of a log";
 
-[[noreturn]] void RunInChild(const program_t& program, const std::string& path)
+constexpr run_t kRuns[] = {
+    {kRotation, "ours", Rotate, kLogSize},
+    {kRotation, "zlib|1.05", CompressByZlib, kLogSize},
+    {kRotation, "gzip -9|0.9", CompressByGzip, kLogSize},
+    {kGrowth, "ours", Rotate, kTwiceTheSize},
+    {kGrowth, "half the input|2.3", Rotate, kLogSize},
+};
+
+[[noreturn]] void RunInChild(const run_t& run, const std::string& path)
 {
     int status = 1;
     try
     {
-        program.compress(path);
+        run.compress(path);
         status = 0;
     }
     catch (std::exception& e)
@@ -133,32 +140,33 @@ double Milliseconds(const timeval& time)
     return static_cast<double>(time.tv_sec) * 1e3 + static_cast<double>(time.tv_usec) / 1e3;
 }
 
-double Run(const program_t& program, const std::string& path)
+double Run(const run_t& run, const std::string& path)
 {
     const pid_t pid = ::fork();
     if (pid == 0)
-        RunInChild(program, path);
+        RunInChild(run, path);
     int status = 0;
     rusage usage = {};
     if (pid == -1 || ::wait4(pid, &status, 0, &usage) != pid)
-        throw std::system_error(errno, std::generic_category(), program.who);
+        throw std::system_error(errno, std::generic_category(), run.who);
     if (status != 0 || fs::file_size(path + ".gz") == 0)
-        throw std::runtime_error(std::string(program.who) + " failed");
+        throw std::runtime_error(std::string(run.who) + " failed");
     return Milliseconds(usage.ru_utime) + Milliseconds(usage.ru_stime);
 }
 
 void RunInTurns(values_t& values)
 {
     const bench_folder_t folder;
-    const std::string lines = folder / "lines";
+    const auto lines = [&folder](std::uintmax_t size) { return folder / std::to_string(size); };
     const std::string path = folder / "a.log";
-    WriteLines(lines);
+    for (const std::uintmax_t size : {kLogSize, kTwiceTheSize})
+        WriteLines(lines(size), size);
     for (int round = 0; round != values.Rounds(kRounds); ++round)
-        for (const program_t& program : kPrograms)
+        for (const run_t& run : kRuns)
         {
-            fs::copy_file(lines, path, fs::copy_options::overwrite_existing);
+            fs::copy_file(lines(run.log_size), path, fs::copy_options::overwrite_existing);
             fs::remove(path + ".gz");
-            values.Add("rotation of 15 MiB", program.who, Run(program, path), "ms");
+            values.Add(run.figure, run.who, Run(run, path), "ms");
         }
 }
 

@@ -14,13 +14,14 @@
 
 #include "bench/support/bench_folder.h"
 #include "bench/support/figure.h"
+#include "bench/support/growth_figure.h"
 #include "bench/support/record_peers.h"
 
 namespace
 {
 
 constexpr std::size_t kRecords = 100000;
-constexpr std::size_t kFewRecords = 25000;
+constexpr std::size_t kFewRecords = 1000;
 constexpr std::size_t kFileRecords = 20000;
 constexpr std::uint32_t kAclMagic = 0x646C6361;
 
@@ -64,11 +65,11 @@ boost::shared_ptr<cnt::plain_array_t> WriteRecords(const std::vector<util::FileI
     return stream.GetArray();
 }
 
-std::uint64_t ReadRecords(const boost::shared_ptr<cnt::plain_array_t>& bytes)
+std::uint64_t ReadRecords(const boost::shared_ptr<cnt::plain_array_t>& bytes, std::size_t count)
 {
     io::plain_mem_stream_t stream(bytes);
     std::uint64_t sum = 0;
-    for (std::size_t i = 0; i != kRecords; ++i)
+    for (std::size_t i = 0; i != count; ++i)
         sum += util::FileInfo(stream).size.value();
     return sum;
 }
@@ -89,7 +90,7 @@ void AddWrite()
 {
     constexpr double kGoal = 0.65;
     constexpr double kProtobufGoal = 1.1;
-    figure_t("100,000 records to memory")
+    figure_t("100,000 file info records to memory")
         .Ours([] { return WriteRecords(Infos()); })
         .Against("Boost.Serialization", kGoal, BoostSerialization(Records()).write)
         .Against("cereal", kGoal, Cereal(Records()).write)
@@ -105,27 +106,23 @@ auto ReadWork(const record_peer_t& peer)
 void AddRead()
 {
     constexpr double kGoal = 0.8;
-    figure_t("100,000 records from memory")
-        .Ours([bytes = WriteRecords(Infos())] { return ReadRecords(bytes); })
+    figure_t("100,000 file info records from memory")
+        .Ours([bytes = WriteRecords(Infos())] { return ReadRecords(bytes, kRecords); })
         .Against("Boost.Serialization", kGoal, ReadWork(BoostSerialization(Records())))
         .Against("cereal", kGoal, ReadWork(Cereal(Records())))
         .Against("protobuf", ReadWork(Protobuf(Records())));
 }
 
-// Twice the records shall take twice the time.
 void AddGrowth()
 {
-    constexpr double kGoal = 1.3;
-    static const std::vector<util::FileInfo> infos = FileInfos(2 * kFewRecords);
-    static const std::vector<util::FileInfo> half = FileInfos(kFewRecords);
-    figure_t("50,000 records to memory")
-        .Ours([] { return WriteRecords(infos); })
-        .Against("twice 25,000", kGoal,
-                 []
-                 {
-                     benchmark::DoNotOptimize(WriteRecords(half));
-                     return WriteRecords(half);
-                 });
+    AddGrowthFigure("file info records to memory", kFewRecords,
+                    [](std::size_t count)
+                    { return [infos = FileInfos(count)] { return WriteRecords(infos); }; });
+    AddGrowthFigure("file info records from memory", kFewRecords,
+                    [](std::size_t count) {
+                        return [count, bytes = WriteRecords(FileInfos(count))]
+                        { return ReadRecords(bytes, count); };
+                    });
 }
 
 class file_dev_t : public io::io_dev_t
@@ -219,7 +216,7 @@ void AddFile()
     const auto device = boost::make_shared<file_dev_t>(folder / "ours");
     const auto stream = std::make_shared<io::buffered_bin_stream_tt>(boost::shared_ptr<io::io_dev_t>(device));
     const auto file = std::make_shared<std::ofstream>(folder / "ofstream", std::ios::binary);
-    figure_t("20,000 records to a file")
+    figure_t("20,000 file info records to a file")
         .Ours(
             [device, stream]
             {

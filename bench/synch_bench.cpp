@@ -141,11 +141,11 @@ auto PingPong()
 void AddPingPong()
 {
     constexpr double kGoal = 1.05;
-    figure_t("ping-pong of two threads")
+    figure_t("event, ping-pong of two threads")
         .OfAllThreads()
         .Ours(PingPong<our_event_t>())
-        .Against("condition, deadline", kGoal, PingPong<timed_condition_event_t>())
-        .Against("condition", PingPong<condition_event_t>());
+        .Against("std::condition_variable, deadline", kGoal, PingPong<timed_condition_event_t>())
+        .Against("std::condition_variable", PingPong<condition_event_t>());
 }
 
 // Asking whether an event is set must not become a wait. The measure is the shortest wait that an event could
@@ -155,7 +155,7 @@ void AddQuestion()
     constexpr double kGoal = 0.01;
     const auto ours = std::make_shared<posix::posix_manual_reset_event_t>(false);
     const auto other = std::make_shared<condition_event_t>();
-    figure_t("wait of 0 ms")
+    figure_t("event, wait of 0 ms")
         .Ours([ours] { return ours->wait(0); })
         .Against("wait of 1 ms", kGoal,
                  [other] { return other->WaitUntil(std::chrono::steady_clock::now() + 1ms); })
@@ -179,7 +179,7 @@ void AddThread()
         return 0;
     };
     for (const bool logged : {true, false})
-        figure_t(logged ? "thread" : "thread that is not logged")
+        figure_t(logged ? "thread, start to end" : "thread that is not logged, start to end")
             .OfAllThreads()
             .Ours(
                 [logged]

@@ -5,7 +5,7 @@
 #include <iconv.h>
 
 #include "bench/support/figure.h"
-#include "bench/support/linear_figure.h"
+#include "bench/support/growth_figure.h"
 
 namespace
 {
@@ -59,11 +59,24 @@ void AddMixed()
         .Against("iconv", [text = util::Utf8ToWide(kMixed)] { return ToUtf8ByIconv(text); });
 }
 
+// The multibyte pair takes ASCII alone in the locale of this program.
+void AddGrowth()
+{
+    AddTextGrowth("UTF-8 to wide", "\xc3\xbc",
+                  [](const std::string& text) { return util::Utf8ToWide(text); });
+    AddTextGrowth("wide to UTF-8", std::wstring(L"\u00fc"),
+                  [](const std::wstring& text) { return util::WideToUtf8(text); });
+    AddTextGrowth("multibyte to wide", "word",
+                  [](const std::string& text) { return util::MultibyteToWide(text); });
+    AddTextGrowth("wide to multibyte", std::wstring(L"word"),
+                  [](const std::wstring& text) { return util::WideToMultibyte(text); });
+}
+
 } // namespace
 
 void AddFigures()
 {
     AddAscii();
     AddMixed();
-    AddLinearFigure("to wide", "\xc3\xbc", [](const std::string& text) { return util::Utf8ToWide(text); });
+    AddGrowth();
 }
