@@ -422,7 +422,7 @@ class Lint(Commands):
     def setUp(self):
         notes = "#!/bin/sh\n" + NOTES
         sources = {"nelvo/a.h": "", "nelvo/a.cpp": "", "tool/b.cpp": "", "tests/c.cpp": "", "bench/d.cpp": "",
-                   "fuzz/e.cpp": "", "packaging/f.8": ""}
+                   "fuzz/e.cpp": "", "examples/f.cpp": "", "packaging/f.8": ""}
         self.command = self.make("lint", {"script/bootstrap": notes, **sources},
                                  {"clang-format": NOTES, "clang-tidy": NOTES, "cppcheck": NOTES, "cmake": "",
                                   "mandoc": NOTES, "nproc": "echo 1\n"})
@@ -436,7 +436,7 @@ class Lint(Commands):
                 for name in ("clang-format", "cppcheck", "clang-tidy")]
 
     def test_looks_at_every_file(self):
-        sources = {"nelvo/a.cpp", "tool/b.cpp", "tests/c.cpp", "bench/d.cpp", "fuzz/e.cpp"}
+        sources = {"nelvo/a.cpp", "tool/b.cpp", "tests/c.cpp", "bench/d.cpp", "fuzz/e.cpp", "examples/f.cpp"}
         self.assertEqual([sources | {"nelvo/a.h"}, sources | {"nelvo/a.h"}, sources], self.lint())
         self.assertEqual((0, ["mandoc -T lint -W warning packaging/f.8"]), (self.status, self.manuals))
 

@@ -9,6 +9,7 @@ one for each guest, the floor and the path:
 
 1. A file includes only files of its own floor or a lower one.
 2. Components form no cycle, on one floor neither.
+3. Of the files of the tree, an example includes headers of nelvo/ alone.
 """
 
 import os
@@ -85,6 +86,17 @@ def find_cycle(edges):
     return next(filter(None, (search(node, []) for node in sorted(edges))), None)
 
 
+def example_faults(root):
+    """Includes of examples that whoever has the library alone could not follow."""
+    faults = []
+    for path in tree.files(root, "examples"):
+        if path.endswith((".h", ".cpp")):
+            faults += (f"{path}: includes {target}, which is no header of the library"
+                       for target in includes(root, path, faults)
+                       if not target.startswith("nelvo/") or not target.endswith(".h"))
+    return faults
+
+
 def check(root):
     faults = []
     floors = read_floors(tree.read(root, FLOORS), faults)
@@ -111,7 +123,7 @@ def check(root):
     cycle = find_cycle(edges)
     if cycle:
         faults.append("cycle: " + " -> ".join(cycle))
-    return faults
+    return faults + example_faults(root)
 
 
 if __name__ == "__main__":

@@ -84,6 +84,15 @@ class Floors(unittest.TestCase):
         self.assertEqual(["nelvo/core/util/wide.hpp: neither a header (.h) nor a source (.cpp)"],
                          self.faults({"nelvo/core/util/wide.hpp": ""}))
 
+    def test_an_example_includes_headers_of_the_library_alone(self):
+        self.assertEqual(
+            ['examples/a.cpp: "a.h" is no path from the root of this tree',
+             "examples/a.cpp: includes nelvo/core/exc/exc.cpp, which is no header of the library",
+             "examples/a.cpp: includes tool/a.h, which is no header of the library"],
+            sorted(self.faults({"tool/a.h": "", "examples/a.cpp":
+                                '#include <string>\n#include "nelvo/core/util/wide.h"\n#include "a.h"\n'
+                                '#include "nelvo/core/exc/exc.cpp"\n#include "tool/a.h"\n'})))
+
 
 if __name__ == "__main__":
     unittest.main()

@@ -1,7 +1,7 @@
 """Holds the shell scripts and the lists of packages in order:  scripts.py ROOT
 
-A script in script/ or .ci/ is executable, for plain sh, stops at the first failure, and parses. A list of
-packages has comments on top, then one package a line, sorted.
+A script in script/ or .ci/ is executable, for plain sh, stops at the first failure, and parses; so is what has no
+ending in examples/. A list of packages has comments on top, then one package a line, sorted.
 """
 
 import os
@@ -43,7 +43,8 @@ def list_faults(root, path):
 
 def check(root):
     faults = []
-    for path in tree.files(root, "script", ".ci"):
+    examples = [path for path in tree.files(root, "examples") if "." not in os.path.basename(path)]
+    for path in tree.files(root, "script", ".ci") + examples:
         kind = list_faults if path.endswith(".txt") else script_faults
         faults += (f"{path}: {fault}" for fault in kind(root, path))
     return faults

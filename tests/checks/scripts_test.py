@@ -34,6 +34,10 @@ class Scripts(unittest.TestCase):
         self.assertEqual(1, len(faults))
         self.assertRegex(faults[0], r"^\.ci/run: does not parse: .*run: 4: .*end of file")
 
+    def test_an_example_that_is_a_script_is_held_to_the_same(self):
+        self.assertEqual(["examples/look: is not executable"],
+                         self.faults({"examples/README.md": "", "examples/look": "#!/bin/sh\nset -eu\n"}))
+
     def test_packages_out_of_order_are_a_fault(self):
         for names in ("ninja-build\ng++\n", "g++\ng++\n"):
             self.assertEqual(["script/packages.txt: is not sorted, or names a package twice"],
