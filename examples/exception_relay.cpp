@@ -31,16 +31,18 @@ namespace
 
 struct closer_t
 {
-    void operator()(std::FILE* file) const { std::fclose(file); }
+    void operator()(std::FILE* file) const { static_cast<void>(std::fclose(file)); }
 };
 using pipe_end_t = std::unique_ptr<std::FILE, closer_t>;
 
-void Send(const exc::exc_base_t& failure, std::FILE* pipe)
+// Whether the pipe took it.
+bool Send(const exc::exc_base_t& failure, std::FILE* pipe)
 {
     cnt::CBufWriter writer;
     writer.WriteBool(dynamic_cast<const exc::runtime_exc_t*>(&failure) != nullptr);
     failure.WriteTo(writer);
-    std::fwrite(writer.GetBuffer()->data(), 1, writer.GetPosition(), pipe);
+    const std::size_t size = writer.GetPosition();
+    return std::fwrite(writer.GetBuffer()->data(), 1, size, pipe) == size && std::fflush(pipe) == 0;
 }
 
 boost::shared_ptr<exc::exc_base_t> Restore(const CBufReader::buffer_ptr_t& buffer)
@@ -57,24 +59,25 @@ boost::shared_ptr<exc::exc_base_t> Restore(const CBufReader::buffer_ptr_t& buffe
 
 [[noreturn]] void Work(const std::function<void()>& work, std::FILE* pipe)
 {
+    bool is_told = true;
     try
     {
         work();
     }
     catch (exc::exc_base_t& e)
     {
-        Send(e, pipe);
+        is_told = Send(e, pipe);
     }
     catch (std::exception& e)
     {
-        Send(exc::exc_base_t(e.what()), pipe);
+        is_told = Send(exc::exc_base_t(e.what()), pipe);
     }
-    ::_exit(std::fflush(pipe) == 0 ? 0 : 1);
+    ::_exit(is_told ? 0 : 1);
 }
 
 boost::shared_ptr<cnt::plain_array_t> ReadToEnd(std::FILE* pipe)
 {
-    const auto bytes = boost::make_shared<cnt::plain_array_t>();
+    auto bytes = boost::make_shared<cnt::plain_array_t>();
     char piece[4096];
     while (const std::size_t size = std::fread(piece, 1, sizeof(piece), pipe))
         bytes->append(piece, size);

@@ -31,7 +31,7 @@ constexpr std::uint64_t kUnitsPerSecond = 10000000;
 
 secure_array_ptr_t RandomBytes(std::size_t size)
 {
-    const auto bytes = boost::make_shared<secure_array_t>(size);
+    auto bytes = boost::make_shared<secure_array_t>(size);
     posix::posix_file_t::OpenRead("/dev/urandom")->ReadBytes(bytes->data(), static_cast<stream_size_t>(size));
     return bytes;
 }

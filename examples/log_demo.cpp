@@ -20,6 +20,8 @@
 namespace
 {
 
+constexpr stream_size_t kGreatestSize = 15728640; // of a log
+
 // A program's own channel; its tag fills a column of each line. Built before main, where running out of
 // memory ends the process.
 const logging::log_channel_t demo_log("demo"); // NOLINT(cert-err58-cpp)
@@ -64,7 +66,7 @@ void LogInAllWays()
 // message, so that a program need not ask for it.
 void GrowAndRotate()
 {
-    posix::posix_file_t::OpenReadWrite(logging::get_log_file_path())->set_size(15 * 1024 * 1024);
+    posix::posix_file_t::OpenReadWrite(logging::get_log_file_path())->set_size(kGreatestSize);
     logging::GetProcessLog()->check_size();
 }
 

@@ -31,7 +31,7 @@ namespace
 using bytes_t = crypto::secure_array_t; // wiped at the end, for there may be keys among them
 using bytes_ptr_t = crypto::secure_array_ptr_t;
 
-constexpr std::size_t kPiece = 64 * 1024;
+constexpr std::size_t kPiece = 65536;
 constexpr std::size_t kGreatestInput = 1024 * kPiece;
 constexpr std::uint32_t kIdSize = 16;
 
@@ -351,12 +351,14 @@ void DumpRuntimeException(dump_t& dump)
     dump.U32("code");
 }
 
-const struct
+struct form_t
 {
     const char* name;
     const char* what;
     void (*dump)(dump_t& dump);
-} kForms[] = {
+};
+
+constexpr form_t kForms[] = {
     {"acl", "ACL data", DumpAcl},
     {"aes-key", "AES key and vector", DumpAesKey},
     {"attributes", "file attributes", DumpAttributes},
@@ -377,7 +379,7 @@ const struct
 std::string Usage()
 {
     std::string text = "Usage: record_dump [--show-keys] FORM [FILE]";
-    for (const auto& form : kForms)
+    for (const form_t& form : kForms)
         text += "\n  " + std::string(form.name) + ": " + form.what;
     return text;
 }
@@ -385,7 +387,7 @@ std::string Usage()
 bytes_ptr_t ReadInput(const std::string& path)
 {
     const posix_file_ptr_t file = posix::posix_file_t::OpenRead(path);
-    const auto bytes = boost::make_shared<bytes_t>();
+    auto bytes = boost::make_shared<bytes_t>();
     for (std::size_t size = kPiece; size == kPiece;)
     {
         if (bytes->size() == kGreatestInput)
@@ -403,7 +405,7 @@ void Run(int argc, char* argv[])
     const bool show_keys = argc > 1 && std::string_view(argv[1]) == "--show-keys";
     const int first = show_keys ? 2 : 1;
     const std::string name = argc - first == 1 || argc - first == 2 ? argv[first] : "";
-    for (const auto& form : kForms)
+    for (const form_t& form : kForms)
     {
         if (name != form.name)
             continue;

@@ -39,20 +39,28 @@ class pool_t
 public:
     explicit pool_t(int threads)
     {
-        for (int i = 1; i <= threads; ++i)
-            m_threads.push_back(
-                boost::make_shared<synch::thread_t>(&pool_t::Run, this, "worker " + std::to_string(i)));
+        try
+        {
+            Start(threads);
+        }
+        catch (std::exception&)
+        {
+            Stop(); // those that have started, which are waited for
+            throw;
+        }
     }
 
     // Tells the jobs to stop, and leaves out those that have not begun. The threads are waited for.
     ~pool_t()
     {
+        try
         {
-            const boost::lock_guard<boost::mutex> lock(m_mutex);
-            m_stop->set();
+            Stop();
         }
-        m_wake.notify_all();
-        m_threads.clear();
+        catch (std::exception& e)
+        {
+            pool_log.error_exc(e, "At ~pool_t.");
+        }
     }
 
     pool_t(const pool_t&) = delete;
@@ -68,6 +76,22 @@ public:
     }
 
 private:
+    void Start(int threads)
+    {
+        for (int i = 1; i <= threads; ++i)
+            m_threads.push_back(
+                boost::make_shared<synch::thread_t>(&pool_t::Run, this, "worker " + std::to_string(i)));
+    }
+
+    void Stop()
+    {
+        {
+            const boost::lock_guard<boost::mutex> lock(m_mutex);
+            m_stop->set();
+        }
+        m_wake.notify_all();
+    }
+
     static void* Run(void* pool)
     {
         static_cast<pool_t*>(pool)->Work();
@@ -108,7 +132,7 @@ private:
     boost::condition_variable m_wake;
     std::deque<job_t> m_jobs;
     const boost::shared_ptr<event_t> m_stop = boost::make_shared<event_t>(false);
-    std::vector<boost::shared_ptr<synch::thread_t>> m_threads; // use all of the above
+    std::vector<boost::shared_ptr<synch::thread_t>> m_threads; // use all of the above, and end first
 };
 
 // Knows nothing of the pool: the thread has the event.
