@@ -121,7 +121,7 @@ def fleet_ids(session):
     look("no ids", "a {8c5a1f3e-77d0-4b52-9c3f-1a2b3c4d5e6f", "b 8c5a1f3e-77d0-4b52-9c3f-1a2b3c4d5e6f}",
          "c 8c5a1f3e-77d0-4b52-9c3f-1a2b3c4d5e6", "d 8c5a1f3e-77d0-4b52-9c3f-1a2b3c4d5e6g",
          "e 8c5a1f3e77d04b529c3f1a2b3c4d5e6f1234", "f 8c5a1f3-e77d0-4b52-9c3f-1a2b3c4d5e6f",
-         "g {}", "h 8c5a1f3e-77d0-4b52-9c3f-1a2b3c4d5e-f")
+         "g {}", "h 8c5a1f3e-77d0-4b52-9c3f-1a2b3c4d5e-f", "i 8c5a1f3e-77d0-4b52-9c3f-1a2b3c4d5e6-f")
     look("no pairs", "a", "b {8c5a1f3e-77d0-4b52-9c3f-1a2b3c4d5e6f} c",
          "\x1b[2Jd {8c5a1f3e-77d0-4b52-9c3f-1a2b3c4d5e6f}")
     look("nothing", "# nobody")
