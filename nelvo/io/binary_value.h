@@ -75,9 +75,7 @@ Value ReadValue(io_dev_t& stream)
         return static_cast<Value>(ReadValue<std::uint32_t>(stream));
     else
     {
-        // All of it is read, or none is returned. A zero that is put here first makes the processor take that
-        // for what stands here, and start again: up to two fifths of the time of a record.
-        Value value;
+        Value value = 0;
         ReadExactly(stream, &value, sizeof(value));
         return value;
     }
