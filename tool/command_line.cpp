@@ -5,6 +5,7 @@
 #include <boost/program_options.hpp>
 
 #include "nelvo/core/exc/rethrow.h"
+#include "nelvo/core/exc/runtime_exc.h"
 #include "nelvo/logging/receiver/log_start.h"
 
 namespace options = boost::program_options;
@@ -12,7 +13,18 @@ namespace options = boost::program_options;
 namespace
 {
 
+// The parser's own text for a word like --%original_token% cannot be asked for: its places for names are
+// filled in one after the other, and a name that holds such a place is filled into itself until the memory
+// ends. No option has a name with a percent sign, so the word is an unknown one.
+void CheckName(const options::error_with_option_name& error)
+{
+    const std::string name = error.get_option_name();
+    if (name.find('%') != std::string::npos)
+        throw exc::runtime_exc_t("unrecognised option '%1'", name);
+}
+
 std::string ReadLogName(int argc, const char* const argv[])
+try
 {
     options::options_description description("Command line options");
     description.add_options()("log,l", options::value<std::string>(), "log file name");
@@ -29,6 +41,11 @@ std::string ReadLogName(int argc, const char* const argv[])
                    values);
     const auto log = values.find("log");
     return log != values.end() ? boost::any_cast<std::string>(log->second.value()) : "nelvoagentid.log";
+}
+catch (const options::error_with_option_name& e)
+{
+    CheckName(e);
+    throw;
 }
 
 } // namespace

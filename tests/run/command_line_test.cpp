@@ -70,6 +70,20 @@ TEST(CommandLine, UnknownOptionIsRefused)
     ExpectRefused({"-h"}, "unrecognised option '-h'");
 }
 
+// The parser would fill such a name into itself for ever.
+TEST(CommandLine, UnknownOptionMayHoldAnyPercentSigns)
+{
+    ExpectRefused({"-%original_token%"}, "unrecognised option '-%original_token%'");
+    ExpectRefused({"--%original_token%"}, "unrecognised option '--%original_token%'");
+    ExpectRefused({"--%canonical_option%"}, "unrecognised option '--%canonical_option%'");
+    ExpectRefused({"--%canonical_option%=x"}, "unrecognised option '--%canonical_option%=x'");
+    ExpectRefused({"--%option%="}, "unrecognised option '--%option%'");
+    ExpectRefused({"--%1%%2"}, "unrecognised option '--%1%%2'");
+    ExpectRefused({"--log", "x", "--log=%original_token%"},
+                  "option '--log' cannot be specified more than once");
+    ExpectAccepted({"--log=%original_token%"});
+}
+
 TEST(CommandLine, MissingLogNameIsRefused)
 {
     ExpectRefused({"--log"}, "the required argument for option '--log' is missing");
