@@ -16,7 +16,8 @@ import sys
 import time
 
 WORK = "build/fuzz"
-LIMITS = ["-timeout=25", "-rss_limit_mb=1024"]
+# Of time that passes: on a loaded machine an input waits, and is no finding before it counts as hung.
+LIMITS = ["-timeout=25", "-report_slow_units=25", "-rss_limit_mb=1024"]
 AT_ONCE = max(1, int(os.environ.get("FUZZ_JOBS", os.cpu_count())))
 _STATS = {"executions": "number_of_executed_units", "new_entries": "new_units_added"}
 

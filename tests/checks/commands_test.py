@@ -261,7 +261,7 @@ class Fuzz(Commands):
         return f"touch build/fuzz/findings/{name}\nexit 77\n"
 
     def run_of(self, name, *kept):
-        return " ".join([f"{name}_fuzz -timeout=25 -rss_limit_mb=1024 -print_final_stats=1",
+        return " ".join([f"{name}_fuzz -timeout=25 -report_slow_units=25 -rss_limit_mb=1024 -print_final_stats=1",
                          f"-artifact_prefix=build/fuzz/findings/{name}- build/fuzz/corpus/{name}",
                          f"build/fuzz/fuzz/seeds/{name}", *kept])
 
@@ -327,8 +327,8 @@ class Fuzz(Commands):
         self.become_targets(a='for folder; do case $folder in */merged/*) touch "$folder/new"; esac; done\n')
         self.fuzz("a")
         result, calls = self.fuzz("--minimise", "a")
-        self.assertEqual((0, "a_fuzz -timeout=25 -rss_limit_mb=1024 -use_counters=0 -merge=1 build/fuzz/merged/a "
-                             "build/fuzz/corpus/a"), (result.returncode, calls[-1]))
+        self.assertEqual((0, "a_fuzz -timeout=25 -report_slow_units=25 -rss_limit_mb=1024 -use_counters=0 -merge=1 "
+                             "build/fuzz/merged/a build/fuzz/corpus/a"), (result.returncode, calls[-1]))
         self.assertEqual(["kept", "new"], sorted(os.listdir(self.path("fuzz", "corpus", "a"))))
 
 
