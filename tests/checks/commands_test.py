@@ -453,6 +453,58 @@ class Lint(Commands):
             self.become(**{name: NOTES})
 
 
+class Package(Commands):
+    CPACK = NOTES + """mkdir -p build/packages/_CPack_Packages
+echo "${PACKED:-$SOURCE_DATE_EPOCH}" > build/packages/nelvoagentid_1_amd64.deb
+"""
+    BUILD = ["bootstrap ", "bootstrap script/packages-package.txt", "cmake --preset package",
+             "cmake --build --preset package",
+             "cpack --config build/package/CPackConfig.cmake -B build/packages"]
+
+    def setUp(self):
+        notes = "#!/bin/sh\n" + NOTES
+        self.command = self.make(
+            "package", {"script/bootstrap": notes, "build/packages/old.deb": ""},
+            {"cmake": NOTES, "cpack": self.CPACK, "git": "echo 7\n", "lintian": NOTES + 'exit "${STATUS:-0}"\n',
+             "dpkg-deb": NOTES, "python3": NOTES + "exit 7\n"})
+
+    def test_leaves_the_packages_alone_in_their_folder(self):
+        result, calls = self.run_command(self.command)
+        self.assertEqual((0, self.BUILD), (result.returncode, calls))
+        self.assertEqual(["nelvoagentid_1_amd64.deb"], os.listdir(self.path("build", "packages")))
+
+    def test_dates_them_with_the_last_commit_unless_it_is_told_otherwise(self):
+        for date, variables in (("7\n", {}), ("8\n", {"SOURCE_DATE_EPOCH": "8"})):
+            self.run_command(self.command, **variables)
+            with open(self.path("build", "packages", "nelvoagentid_1_amd64.deb"), encoding="utf-8") as file:
+                self.assertEqual(date, file.read())
+
+    def test_checks_them(self):
+        result, calls = self.run_command(self.command, "--check")
+        root = "build/package-check/root"
+        self.assertEqual(
+            [*self.BUILD, *self.BUILD,
+             "lintian --allow-root --fail-on error,warning build/packages/nelvoagentid_1_amd64.deb",
+             f"dpkg-deb --extract build/packages/nelvoagentid_1_amd64.deb {root}",
+             f"python3 -B tests/checks/hardening.py readelf {root}/usr/sbin/nelvoagentid "
+             "build/package/compile_commands.json ROOT fsync pread pwrite"], calls)
+        self.assertEqual(7, result.returncode)
+
+    def test_fails_when_lintian_does(self):
+        result, calls = self.run_command(self.command, "--check", STATUS="2")
+        self.assertEqual((2, "lintian"), (result.returncode, calls[-1].split()[0]))
+
+    def test_fails_when_another_folder_gives_other_bytes(self):
+        self.become(cpack=self.CPACK.replace("$SOURCE_DATE_EPOCH", "$PWD"))
+        result, calls = self.run_command(self.command, "--check")
+        self.assertEqual((1, [*self.BUILD, *self.BUILD]), (result.returncode, calls))
+
+    def test_refuses_what_it_does_not_know(self):
+        for arguments in (["--what"], ["--check", "--check"], [""]):
+            result, calls = self.run_command(self.command, *arguments)
+            self.assertEqual((2, []), (result.returncode, calls))
+
+
 class WholeProof(Commands):
     STAGES = {"lint": "lint ", "wiping": "wiping ", "fuzz": "fuzz 10", "release": "test ", "faults": "faults ",
               "asan": "test --preset asan", "valgrind": "valgrind ", "tsan": "test --preset tsan"}
