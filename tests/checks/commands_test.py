@@ -490,6 +490,10 @@ echo "${PACKED:-$SOURCE_DATE_EPOCH}" > build/packages/nelvoagentid_1_amd64.deb
              "build/package/compile_commands.json ROOT fsync pread pwrite"], calls)
         self.assertEqual(7, result.returncode)
 
+    def test_packs_with_the_usual_modes_whatever_the_caller_has(self):
+        self.become(cpack=self.CPACK.replace("$SOURCE_DATE_EPOCH", "$(umask)"))
+        self.assertEqual(7, self.run_command(self.command, "--check")[0].returncode)
+
     def test_fails_when_lintian_does(self):
         result, calls = self.run_command(self.command, "--check", STATUS="2")
         self.assertEqual((2, "lintian"), (result.returncode, calls[-1].split()[0]))
