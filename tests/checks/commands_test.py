@@ -464,8 +464,8 @@ echo "${PACKED:-$SOURCE_DATE_EPOCH}" > build/packages/nelvoagentid_1_amd64.deb
     def setUp(self):
         notes = "#!/bin/sh\n" + NOTES
         self.command = self.make(
-            "package", {"script/bootstrap": notes, "build/packages/old.deb": ""},
-            {"cmake": NOTES, "cpack": self.CPACK, "git": "echo 7\n", "lintian": NOTES + 'exit "${STATUS:-0}"\n',
+            "package", {"script/bootstrap": notes, "build/packages/old.deb": "", "tests/install/bare_system": notes},
+            {"cmake": NOTES, "id": "echo 0\n", "cpack": self.CPACK, "git": "echo 7\n", "lintian": NOTES + 'exit "${STATUS:-0}"\n',
              "dpkg-deb": NOTES, "python3": NOTES + "exit 7\n"})
 
     def test_leaves_the_packages_alone_in_their_folder(self):
@@ -503,8 +503,16 @@ echo "${PACKED:-$SOURCE_DATE_EPOCH}" > build/packages/nelvoagentid_1_amd64.deb
         result, calls = self.run_command(self.command, "--check")
         self.assertEqual((1, [*self.BUILD, *self.BUILD]), (result.returncode, calls))
 
+    def test_tries_them_as_root(self):
+        os.chmod(self.path("tests", "install", "bare_system"), 0o755)
+        self.assertEqual([*self.BUILD, "bare_system build/packages"], self.run_command(self.command, "--try")[1])
+        os.remove(self.path("calls"))
+        self.become(id="echo 1000\n", sudo=NOTES)
+        self.assertEqual([*self.BUILD, "sudo tests/install/bare_system build/packages"],
+                         self.run_command(self.command, "--try")[1])
+
     def test_refuses_what_it_does_not_know(self):
-        for arguments in (["--what"], ["--check", "--check"], [""]):
+        for arguments in (["--what"], ["--check", "--try"], [""]):
             result, calls = self.run_command(self.command, *arguments)
             self.assertEqual((2, []), (result.returncode, calls))
 
