@@ -16,12 +16,10 @@
 #include "nelvo/core/guid.h"
 
 // The whole run: prints the id and a line feed on standard output. Nothing is printed if it throws:
-// - exc::runtime_exc_t "Permission denied" if the effective user id is not 0, before anything else is done;
-// - what InitToolCommandLine throws;
-// - posix::errno_exc_t if a folder above the agent file cannot be made, and exc::runtime_exc_t "Failed to
-// open
-//   file [/etc/nelvoagentid]." if a new id cannot be stored;
-// - exc::runtime_exc_t "Failed to write agent id to standard output."
+// exc::runtime_exc_t "Permission denied" if the effective user id is not 0, before anything else is done;
+// what InitToolCommandLine throws; posix::errno_exc_t if a folder above the agent file cannot be made;
+// exc::runtime_exc_t "Failed to open file [/etc/nelvoagentid]." if a new id cannot be stored, and "Failed
+// to write agent id to standard output."
 void RunAgentIdTool(int argc, const char* const argv[]);
 
 // Asks the three sources in turn. True if out holds an id.

@@ -16,6 +16,7 @@
 class CAgentOptions // NOLINT(clang-analyzer-optin.performance.Padding): the order is the record's own
 {
 public:
+    // With a name, by which SetAgentOption overrides it.
     bool GetDumpCorruptedTraffic() const { return m_dump_corrupted_traffic; }
     bool GetEnableTrafficControl() const { return m_enable_traffic_control; }
     std::uint32_t GetNetworkIdleTimeoutHours() const { return m_network_idle_timeout_hours; }
@@ -27,6 +28,7 @@ public:
     bool GetVddkNonUniqueUuidPatch() const { return m_vddk_non_unique_uuid_patch; }
     std::uint64_t GetFsAwareItemToDeleteMinSize() const { return m_fs_aware_item_to_delete_min_size; }
 
+    // Without a name.
     const std::wstring& GetText_01() const { return m_text_01; }
     bool GetFlag_02() const { return m_flag_02; }
     bool GetFlag_03() const { return m_flag_03; }
@@ -46,8 +48,11 @@ public:
     bool GetFlag_17() const { return m_flag_17; }
     const std::string& GetText_18() const { return m_text_18; }
     std::uint32_t GetU32_19() const { return m_u32_19; }
+
     // The greatest length of a text or blob, in bytes, that a CBufReader accepts.
     std::uint32_t GetMaxReadLength() const { return m_max_read_length; }
+
+    // Without a name.
     std::uint32_t GetU32_21() const { return m_u32_21; }
     bool GetFlag_22() const { return m_flag_22; }
     std::uint32_t GetU32_23() const { return m_u32_23; }
@@ -59,8 +64,11 @@ public:
     bool GetFlag_29() const { return m_flag_29; }
     std::uint32_t GetU32_30() const { return m_u32_30; }
     std::uint32_t GetU32_31() const { return m_u32_31; }
+
     // Kept in days.
     std::uint64_t GetU32_32Ms() const { return std::uint64_t{m_u32_32} * 86400000; }
+
+    // Without a name.
     std::uint32_t GetU32_33() const { return m_u32_33; }
     std::uint32_t GetU32_34() const { return m_u32_34; }
     std::uint32_t GetU32_35() const { return m_u32_35; }

@@ -16,6 +16,7 @@
 namespace io
 {
 
+// The text as it is. Log nothing.
 void ReportError(const std::string& message);
 void ReportError(const std::exception& exception);
 

@@ -40,6 +40,7 @@ struct date_time_fields_t
 namespace datetime
 {
 
+// As struct tm numbers them, from Sunday as 0.
 enum class day_of_week_t : std::uint16_t
 {
     kSunday,
@@ -69,6 +70,8 @@ public:
 
     // An empty date, in UTC.
     CDateTime() = default;
+
+    // Takes both as they are; 0 seconds are an empty date.
     CDateTime(std::int64_t seconds, bool is_utc) : m_seconds(seconds), m_is_utc(is_utc) {}
 
     // Fields above their range carry over into the next larger one, and a 0 borrows from it: 30 February is 1
@@ -81,9 +84,11 @@ public:
     CDateTime& operator=(const CDateTime&) = default;
     virtual ~CDateTime() = default;
 
+    // The system's clock in whole seconds, as a local and as a UTC value.
     static CDateTime NowLocal();
     static CDateTime NowUtc();
 
+    // What the value is made of: the seconds count from 1970 by the clock that IsUtc tells.
     std::int64_t GetSeconds() const { return m_seconds; }
     bool IsUtc() const { return m_is_utc; }
 
@@ -155,6 +160,7 @@ public:
     std::uint16_t GetIndexOfCurrentWeek() const;
     std::uint16_t GetNumberOfWeeks() const;
 
+    // 28 to 31.
     std::uint16_t GetLastDayOfMonth() const;
 
     // The days of the month that fall on the given day of week, the first of them first. Throws "Weekday is

@@ -36,6 +36,7 @@ public:
     // The null GUID, sixteen zero bytes.
     Guid() = default;
 
+    // To and from the record: only the order of the bytes of its first three fields changes.
     explicit Guid(const SGuidRecord& record);
     Guid& operator=(const SGuidRecord& record);
     SGuidRecord ToRecord() const;
@@ -62,12 +63,15 @@ public:
     void CopyTo(cnt::plain_array_t& array) const;
     void CopyTo(cnt::secure_array_t& array) const;
 
+    // The text form.
     std::string ToString() const;
     std::wstring ToWString() const;
 
+    // The null GUID has sixteen zero bytes; Clear makes the value this.
     bool IsNull() const;
     void Clear();
 
+    // The 16 bytes, which hold as long as the object.
     const std::uint8_t* Data() const { return m_bytes.data(); }
 
     // As uuid_compare: time_low, time_mid, time_hi_and_version, clock_seq as unsigned integers, then the

@@ -23,9 +23,11 @@ struct time_span_fields_t
 class CTimeSpan
 {
 public:
+    // No time at all, or so many seconds.
     CTimeSpan() = default;
     explicit CTimeSpan(std::int64_t seconds) : m_seconds(seconds) {}
 
+    // The whole span, in seconds and broken down.
     std::int64_t GetSeconds() const { return m_seconds; }
     time_span_fields_t GetFields() const;
 

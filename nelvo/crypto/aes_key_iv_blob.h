@@ -26,6 +26,7 @@ public:
     const char* GetKeyBytes() const;
     const char* GetIvBytes() const;
 
+    // The array that was given, which may be null.
     const secure_array_ptr_t& GetIv() const { return m_iv; }
 
     // The stored form. Without an array for the vector, its size is 0. A size of 4 GiB or more throws

@@ -27,6 +27,7 @@ public:
     CKey(const CKey&) = delete;
     CKey& operator=(const CKey&) = delete;
 
+    // key_names.h has the known ones.
     std::uint32_t GetType() const { return m_type; }
 
     // The key's own bytes.

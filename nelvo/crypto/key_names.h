@@ -8,6 +8,7 @@
 namespace crypto
 {
 
+// Key types.
 constexpr std::uint32_t enPrivateKey = 0;
 constexpr std::uint32_t enPublicKey = 1;
 constexpr std::uint32_t enAESIVKey = 2;

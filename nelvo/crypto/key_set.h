@@ -43,6 +43,7 @@ public:
     CKeySet(const CKeySet&) = delete;
     CKeySet& operator=(const CKeySet&) = delete;
 
+    // As they were given or read; the role as it was last set. The id may be null.
     std::uint32_t GetAlgorithm() const;
     std::uint32_t GetRole() const;
     void SetRole(std::uint32_t role);
@@ -75,6 +76,7 @@ public:
     // The first key of the type; an empty pointer if there is none.
     boost::shared_ptr<CKey> FindKey(std::uint32_t type) const;
 
+    // Whether there is at least one.
     bool HasKeys() const;
     bool HasRepairRecords() const;
 

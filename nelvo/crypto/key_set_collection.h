@@ -21,6 +21,7 @@ public:
     using ptr_t = boost::shared_ptr<CKeySetCollection>;
     using key_sets_t = std::vector<CKeySet::ptr_t>;
 
+    // The number of sets, those with the same id each for itself.
     std::size_t GetCount() const { return m_keySets.size(); }
 
     // Appends, and shares what it appends. Several sets may have the same id.

@@ -32,8 +32,11 @@ public:
 
     // Empty.
     CKeySetId() = default;
+
+    // Takes the bytes as they are; sixteen zeros make an empty id.
     explicit CKeySetId(const SRawKeySetId& id) : m_id(id) {}
 
+    // Whether all bytes are zero, or there is no id.
     bool IsEmpty() const;
     static bool IsEmpty(const ptr_t& id) { return id == nullptr || id->IsEmpty(); }
 
@@ -49,6 +52,7 @@ public:
     // 32 lower-case hexadecimal digits.
     std::string ToString() const;
 
+    // A new array with the 16 bytes.
     boost::shared_ptr<blob_t> ToBlob() const;
 
     // An array of exactly 16 bytes. Any other size is exc::runtime_exc_t; the texts of the two forms differ
@@ -57,6 +61,7 @@ public:
     static ptr_t FromBlob(const boost::shared_ptr<blob_t>& blob);
     static ptr_t FromBlob(const blob_t& blob);
 
+    // Of every id, in bytes.
     static constexpr std::uint32_t GetSerializedSize() { return sizeof(std::uint32_t) + SRawKeySetId::kSize; }
 
     // A short write goes unnoticed.
@@ -68,6 +73,7 @@ public:
     // Kept: KeySetId.MissingBytesAreReadAsZeros
     static ptr_t DeSerialize(io::io_dev_t& stream);
 
+    // The bytes, which hold as long as the object.
     const SRawKeySetId& GetRaw() const { return m_id; }
 
     // As memcmp.

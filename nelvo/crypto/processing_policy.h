@@ -25,11 +25,13 @@ public:
     // With a pointer that is not empty, also one to the empty id, data is encrypted; otherwise decrypted.
     CCryptoProcessingPolicy(bool enabled, crypto::CKeySetId::ptr_t target, bool extra_flag);
 
+    // One of the three.
     std::uint32_t GetType() const;
 
     // The type's name; any other value in decimal.
     static std::string TypeToString(std::uint32_t type);
 
+    // As they were given or read. The id may be null, and the flag is carried and not interpreted.
     const crypto::CKeySetId::ptr_t& GetTargetKeySetId() const { return m_targetKeySetId; }
     bool GetExtraFlag() const { return m_extraFlag; }
 
@@ -40,6 +42,7 @@ public:
     // "Policy: '<type>', target keyset ID: '<id>'", with "null" without a key set.
     std::string ToString() const;
 
+    // Adds no context to failures.
     void Serialize(io::io_dev_t& stream) const;
 
     // An unknown type is taken for enCrypt. A failure leaves the policy as it was, and gets the marked

@@ -19,6 +19,7 @@ public:
     // Shares both. An id that is null is written as the empty id. The data must not be null.
     CRestoreKeyRepairRec(CKeySetId::ptr_t master_id, secure_array_ptr_t data);
 
+    // What was given, shared; of a record that was read, neither is null.
     const CKeySetId::ptr_t& GetMasterKeySetId() const { return m_masterKeySetId; }
     const secure_array_ptr_t& GetData() const { return m_data; }
 

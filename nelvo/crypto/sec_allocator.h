@@ -35,6 +35,7 @@ public:
     using value_type = T;
     using is_always_equal = std::true_type;
 
+    // There is no state: each allocator frees what another gave.
     sec_allocator_t() = default;
     template <class Other>
     // NOLINTNEXTLINE(google-explicit-constructor): what the allocator requirements ask for
@@ -59,6 +60,7 @@ public:
         std::free(block);
     }
 
+    // All are equal.
     friend bool operator==(const sec_allocator_t&, const sec_allocator_t&) noexcept { return true; }
     friend bool operator!=(const sec_allocator_t&, const sec_allocator_t&) noexcept { return false; }
 };

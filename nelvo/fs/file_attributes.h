@@ -14,8 +14,10 @@ class CFileAttributes
 {
 public:
     CFileAttributes() = default;
+    // Takes all bits.
     explicit CFileAttributes(std::uint32_t attributes) : m_attributes(attributes) {}
 
+    // All 32 bits; 0 unless given.
     std::uint32_t GetAttributes() const { return m_attributes; }
 
     // Throws what io::WriteValue throws, with the context "CFileAttributes::Serialize: Can't serialize data."

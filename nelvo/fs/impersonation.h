@@ -14,6 +14,7 @@ class stub_impersonation_session_t
 {
 };
 
+// Holds a session.
 using stub_impersonation_session_ptr_t = boost::shared_ptr<stub_impersonation_session_t>;
 
 // The session lasts as long as the handle.

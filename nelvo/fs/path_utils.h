@@ -58,6 +58,7 @@ public:
     // and what util::ExistsByStat throws, without context.
     static std::string FindCommand(const std::string& command);
 
+    // Between the parts of a path.
     static char GetSeparator() { return '/'; }
 
     // Creates the folder, and with parents the missing ones above it. The mode is a decimal number with the

@@ -23,6 +23,7 @@ namespace posix
 {
 
 struct posix_file_security;
+// How records are handed around; never null.
 using posix_file_security_ptr_t = boost::shared_ptr<posix_file_security>;
 
 struct posix_file_security

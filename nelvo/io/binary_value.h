@@ -41,6 +41,7 @@ inline void WriteExactly(io_dev_t& stream, const void* data, std::uint64_t count
         ThrowShortWrite(written, count);
 }
 
+// As WriteExactly: all of the bytes, or ThrowShortRead.
 inline void ReadExactly(io_dev_t& stream, void* buffer, std::uint64_t count)
 {
     const std::uint64_t received = stream.read(buffer, count);
@@ -55,6 +56,7 @@ constexpr bool kIsStreamValue = std::is_enum_v<Value>
                                     : std::is_integral_v<Value> &&
                                           (sizeof(Value) == 1 || sizeof(Value) == 4 || sizeof(Value) == 8);
 
+// One value in the encoding above.
 template <class Value>
 void WriteValue(io_dev_t& stream, Value value)
 {
@@ -65,6 +67,7 @@ void WriteValue(io_dev_t& stream, Value value)
         WriteExactly(stream, &value, sizeof(value));
 }
 
+// The next value. A boolean is true for any number but 0, an enumeration takes any.
 template <class Value>
 Value ReadValue(io_dev_t& stream)
 {
@@ -81,6 +84,7 @@ Value ReadValue(io_dev_t& stream)
     }
 }
 
+// Whether there is a value, and the value if so.
 template <class Value>
 void WriteOptionalValue(io_dev_t& stream, const std::optional<Value>& value)
 {
@@ -100,6 +104,7 @@ void ReadOptionalValue(io_dev_t& stream, std::optional<Value>& value)
         value.reset();
 }
 
+// The same, as a result.
 template <class Value>
 std::optional<Value> ReadOptionalValue(io_dev_t& stream)
 {
@@ -121,6 +126,7 @@ void WriteString(io_dev_t& stream, std::string_view text);
 // above a few kibibytes only touched as far as they come.
 std::string ReadString(io_dev_t& stream);
 
+// Whether there is a text, and the text if so, as WriteString and ReadString do it.
 void WriteOptionalString(io_dev_t& stream, const std::optional<std::string>& value);
 std::optional<std::string> ReadOptionalString(io_dev_t& stream);
 
@@ -141,6 +147,7 @@ extern template cnt::secure_array_t ReadArray(io_dev_t& stream);
 void WriteRaw(io_dev_t& stream, const void* data, std::uint64_t count);
 void ReadRaw(io_dev_t& stream, void* buffer, std::uint64_t count);
 
+// The same for one unsigned value: of one that is cut off, the missing bytes are 0.
 template <class Value>
 void WriteRawValue(io_dev_t& stream, Value value)
 {

@@ -23,6 +23,7 @@ namespace io
 class cout_target_t : public io_dev_t
 {
 public:
+    // A text, or one of the three pieces of an error.
     virtual void write_text(const std::string& text) = 0;
 };
 

@@ -15,6 +15,7 @@
 namespace io
 {
 
+// What a connection is for.
 enum class connection_kind_t : std::uint32_t
 {
     kTransport = 0,

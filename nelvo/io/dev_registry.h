@@ -28,6 +28,7 @@ class io_dev_factory_t
 {
 public:
     virtual ~io_dev_factory_t() = default;
+    // A new device for the path, whose form the factory says.
     virtual boost::shared_ptr<io_dev_t> Create(const std::string& path) = 0;
 };
 

@@ -36,6 +36,7 @@ public:
     // nothing.
     void Append(const char*& data, std::uint64_t& count);
 
+    // What fits, in bytes.
     std::uint64_t GetSize() const { return m_buffer.size(); }
 
     // Whether so many more bytes do not fit.

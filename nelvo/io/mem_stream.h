@@ -37,6 +37,7 @@ public:
     // What is there, up to the count; 0 at the end.
     std::uint64_t read(void* buffer, std::uint64_t count) override;
 
+    // The array itself, and the place in it where the next byte is read or written.
     const boost::shared_ptr<Array>& GetArray() const { return m_array; }
     std::uint64_t GetOffset() const { return m_offset; }
 
@@ -78,6 +79,7 @@ public:
     std::uint64_t GetRemaining() const;
 };
 
+// Those that are there: other arrays have no code in the library.
 using plain_mem_dev_t = mem_dev_tt<cnt::plain_array_t>;
 using secure_mem_dev_t = mem_dev_tt<cnt::secure_array_t>;
 using plain_mem_stream_t = mem_stream_tt<cnt::plain_array_t>;

@@ -10,6 +10,7 @@
 namespace logging::channels
 {
 
+// Each is named by its tag; the first has the empty one.
 extern const log_channel_t default_log; // the empty tag; nearly everything goes here
 extern const log_channel_t dmn;
 extern const log_channel_t cli;

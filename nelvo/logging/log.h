@@ -30,6 +30,7 @@ public:
     using format_ptr_t = boost::shared_ptr<const format::line_format_t>;
 
     log_t() = default;
+    // Without a receiver, messages go nowhere.
     explicit log_t(receiver_ptr_t receiver);
     log_t(const log_t&) = delete;
     log_t& operator=(const log_t&) = delete;
@@ -49,6 +50,7 @@ public:
     void set_line_filter(const filter_ptr_t& filter);
     filter_ptr_t get_line_filter() const;
 
+    // Off unless told otherwise.
     void set_size_check(bool on);
 
     // Rotates the receiver's file if it has grown too big; nothing without a receiver. What fails is thrown

@@ -32,16 +32,18 @@ namespace logging
 {
 class log_t;
 
+// Says that a message is not indented.
 struct flat_t
 {
 };
-constexpr flat_t flat{};
+constexpr flat_t flat{}; // info(logging::flat, ...)
 
+// Says at which indent a message stands, in steps; below 0 is none.
 struct indent_t
 {
     std::int32_t steps;
 };
-constexpr indent_t at(std::int32_t steps) { return {steps}; }
+constexpr indent_t at(std::int32_t steps) { return {steps}; } // info(logging::at(2), ...)
 
 class log_channel_t
 {

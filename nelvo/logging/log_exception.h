@@ -16,6 +16,7 @@
 namespace logging
 {
 
+// The exception alone, or behind a message.
 void log_exception(const std::exception& exception);
 void log_exception(const std::exception& exception, const message_t& message);
 

@@ -24,6 +24,7 @@ public:
 
     static constexpr std::size_t kMostArgs = 5;
 
+    // Refers to the pattern and the arguments; without any, the pattern is the text.
     message_t(std::string_view pattern, args_t args);
     message_t(std::wstring_view pattern, wide_args_t args);
 

@@ -32,13 +32,11 @@ public:
         : progress_scope_t(false, channel, pattern, args...)
     {
     }
-
     template <class... Args>
     progress_scope_t(const logging::log_channel_t& channel, std::wstring_view pattern, const Args&... args)
         : progress_scope_t(false, channel, pattern, args...)
     {
     }
-
     template <class... Args>
     progress_scope_t(bool silent, const logging::log_channel_t& channel, std::string_view pattern,
                      const Args&... args)
@@ -46,7 +44,6 @@ public:
     {
         static_assert(sizeof...(Args) <= 5, "a scope takes up to 5 arguments");
     }
-
     template <class... Args>
     progress_scope_t(bool silent, const logging::log_channel_t& channel, std::wstring_view pattern,
                      const Args&... args)
@@ -54,7 +51,6 @@ public:
     {
         static_assert(sizeof...(Args) <= 5, "a scope takes up to 5 arguments");
     }
-
     progress_scope_t(bool silent, const logging::log_channel_t& channel, const logging::message_t& message);
 
     // No channel that ends before the scope.
@@ -105,7 +101,6 @@ public:
     {
         static_assert(sizeof...(Args) <= 5, "a scope takes up to 5 arguments");
     }
-
     quiet_progress_scope_t(const logging::log_channel_t& channel, const logging::message_t& message);
 
     // No channel that ends before the scope.

@@ -32,6 +32,7 @@ public:
     // Begins now (GetTickMs).
     explicit CThreadTrace(std::string function);
 
+    // The text of the mark.
     const std::string& GetFunction() const { return m_function; }
 
     // Whole seconds since the beginning, by the difference of two ticks: an age is right modulo 2^32 ms.
@@ -63,6 +64,7 @@ public:
     // thread_dump.cpp.
     void DumpToFile(const posix_file_ptr_t& file) const;
 
+    // What the state was made with: the role, and pthread_self() of the thread that made it.
     const std::string& GetRole() const { return m_role; }
     std::uint64_t GetThreadId() const { return m_threadId; }
 

@@ -79,6 +79,7 @@ public:
     // Makes the text all that stands between the position and the end, and returns its length.
     stream_size_t ReadAllText(std::string& text);
 
+    // In bytes. Bytes that are added are zero; the position stays, beyond the end too.
     void set_size(stream_size_t new_size);
     stream_size_t GetSize() const;
 

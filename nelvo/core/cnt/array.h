@@ -51,18 +51,27 @@ template <class T, class Allocator>
 class array_t
 {
 public:
+    // Empty, or of a size, all zero.
     array_t() = default;
     explicit array_t(std::size_t size) { resize(size); }
+
+    // A copy of the data, as assign makes it.
     array_t(const T* data, std::size_t size) { assign(data, size); }
+
+    // A copy has memory of its own; an array that was moved from is empty.
     array_t(const array_t& other) : array_t(other.data(), other.size()) {}
     array_t(array_t&& other) noexcept { swap(other); }
+
+    // By swapping: the old bytes go with the argument.
     array_t& operator=(array_t other) noexcept
     {
         swap(other);
         return *this;
     }
+
     ~array_t() { FreeBlock(m_begin, capacity()); }
 
+    // No byte moves: pointers into either array stay good, and point into the other.
     void swap(array_t& other) noexcept
     {
         std::swap(m_begin, other.m_begin);
@@ -74,6 +83,7 @@ public:
     T* data() { return m_begin; }
     const T* data() const { return m_begin; }
 
+    // In bytes. The capacity is what the block in hand has room for.
     std::size_t size() const { return static_cast<std::size_t>(m_end - m_begin); }
     std::size_t capacity() const { return static_cast<std::size_t>(m_end_of_capacity - m_begin); }
     bool empty() const { return m_begin == m_end; }
@@ -81,6 +91,7 @@ public:
     // What can be added without moving.
     std::size_t spare() const { return static_cast<std::size_t>(m_end_of_capacity - m_end); }
 
+    // As data, and behind the last byte.
     T* begin() { return m_begin; }
     T* end() { return m_end; }
     const T* begin() const { return m_begin; }

@@ -77,6 +77,7 @@ public:
     // slot is reserved." Either changes nothing.
     void FillLength(std::uint32_t length);
 
+    // The array itself, never null. It may be longer than what was written: the position tells the end.
     const boost::shared_ptr<plain_array_t>& GetBuffer() const { return m_buffer; }
 
     // The next byte to write.

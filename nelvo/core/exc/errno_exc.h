@@ -22,6 +22,7 @@ namespace posix
 class errno_exc_t : public exc::exc_base_t
 {
 public:
+    // The system's text and, behind it, the message as it is.
     explicit errno_exc_t(int error);
     errno_exc_t(const std::string& message, int error);
 
@@ -29,18 +30,17 @@ public:
     // exc_wide.cpp, which stands above the conversions.
     errno_exc_t(const std::wstring& message, int error);
 
+    // The message is the format with 1 to 3 arguments filled in (util::Format).
     template <class Arg1>
     errno_exc_t(std::string_view format, const Arg1& arg1, int error)
         : errno_exc_t(util::Format(format, arg1), error)
     {
     }
-
     template <class Arg1, class Arg2>
     errno_exc_t(std::string_view format, const Arg1& arg1, const Arg2& arg2, int error)
         : errno_exc_t(util::Format(format, arg1, arg2), error)
     {
     }
-
     template <class Arg1, class Arg2, class Arg3>
     errno_exc_t(std::string_view format, const Arg1& arg1, const Arg2& arg2, const Arg3& arg3, int error)
         : errno_exc_t(util::Format(format, arg1, arg2, arg3), error)
@@ -52,6 +52,7 @@ public:
     [[noreturn]] void Rethrow() const override;
     virtual boost::shared_ptr<errno_exc_t> CloneErrno() const;
 
+    // The errno value.
     std::uint32_t GetErrorCode() const { return m_error_code; }
 
 private:

@@ -49,6 +49,7 @@ struct exc_trace_t
     std::map<std::string, std::string> properties;
     std::vector<event_t> events; // in order of adding
 
+    // Whether an event has this code, whatever its info.
     bool HasEvent(std::int32_t code) const;
 
     // Takes over what the other trace has: a property that is here already keeps its value, and all events
@@ -68,12 +69,14 @@ class ITranslator
 {
 public:
     virtual ~ITranslator() = default;
+    // What the line becomes; what this throws stops the translation.
     virtual std::string Translate(const std::string& text) = 0;
 };
 
 class exc_base_t : public std::exception
 {
 public:
+    // Without lines, or with one that is not marked.
     exc_base_t();
     explicit exc_base_t(const std::string& message);
 
@@ -86,6 +89,7 @@ public:
     exc_base_t& operator=(exc_base_t&&) noexcept = default;
     ~exc_base_t() override = default;
 
+    // The lines joined by line feeds, with "--tr:" in front of each marked one. Holds until the lines change.
     const char* what() const noexcept override { return m_marked_text.c_str(); }
 
     // A copy in a class of the family: exc_base_t here and wherever a derived class does not say otherwise.
@@ -116,6 +120,7 @@ public:
     void AddMessage(std::string text);
     void AddMarkedMessage(std::string text);
 
+    // The line is the format with 1 to 3 arguments filled in (util::Format).
     template <class... Args, std::enable_if_t<sizeof...(Args) != 0, int> = 0>
     void AddMessage(std::string_view format, const Args&... args)
     {
@@ -128,6 +133,7 @@ public:
     void AddEvent(std::int32_t code);
     void AddEvent(std::int32_t code, std::string info);
 
+    // The trace itself, to be read and added to.
     exc_trace_t& GetTrace() { return m_trace; }
     const exc_trace_t& GetTrace() const { return m_trace; }
 

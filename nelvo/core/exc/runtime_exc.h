@@ -24,6 +24,7 @@ enum class error_code_t : std::uint32_t
 class runtime_exc_t : public exc_base_t
 {
 public:
+    // Without lines, or with the message as it is.
     runtime_exc_t() = default;
     explicit runtime_exc_t(const std::string& message) : exc_base_t(message) {}
     runtime_exc_t(const std::string& message, error_code_t code)
@@ -44,7 +45,6 @@ public:
     // Defined in exc_wide.cpp, which stands above the conversions.
     explicit runtime_exc_t(const std::wstring& message);
     runtime_exc_t(const std::wstring& message, error_code_t code);
-
     template <class Arg, class... Args, std::enable_if_t<!std::is_same_v<Arg, error_code_t>, int> = 0>
     runtime_exc_t(std::wstring_view format, const Arg& arg, const Args&... args)
         : runtime_exc_t(util::Format(format, arg, args...))
@@ -60,6 +60,7 @@ public:
     void ReadFrom(CBufReader& reader) override;
     void WriteTo(cnt::CBufWriter& writer) const override;
 
+    // 0 unless given. It goes through the buffer with the exception.
     std::uint32_t GetErrorCode() const { return m_error_code; }
     void SetErrorCode(std::uint32_t code) { m_error_code = code; }
 

@@ -33,6 +33,7 @@ class text_arg_tt
 public:
     using view_t = std::basic_string_view<Char>;
 
+    // A text, which must outlive the object; a null C string is "<null>".
     explicit text_arg_tt(view_t text) : m_text(text) {}
     explicit text_arg_tt(const Char* text) : m_text(text != nullptr ? view_t(text) : Null()) {}
 
@@ -53,6 +54,7 @@ public:
     text_arg_tt(const text_arg_tt&) = delete;
     text_arg_tt& operator=(const text_arg_tt&) = delete;
 
+    // Holds as long as the object.
     view_t text() const { return m_text; }
 
 private:
@@ -111,6 +113,7 @@ private:
     std::array<Char, kBufferSize> m_buffer;
 };
 
+// Of the narrow and of the wide form.
 using text_arg_t = text_arg_tt<char>;
 using wide_text_arg_t = text_arg_tt<wchar_t>;
 
@@ -118,6 +121,7 @@ using wide_text_arg_t = text_arg_tt<wchar_t>;
 std::string Substitute(std::string_view format, const text_arg_t* args, std::size_t count);
 std::wstring Substitute(std::wstring_view format, const wide_text_arg_t* args, std::size_t count);
 
+// The format with 1 to 6 arguments in their places; the wide form takes 1 to 5.
 template <class... Args>
 std::string Format(std::string_view format, const Args&... args)
 {

@@ -26,6 +26,8 @@ struct wide_path_parts_t
     std::wstring folder;
     std::wstring name;
 };
+
+// Into these parts.
 path_parts_t SplitPath(std::string_view path);
 wide_path_parts_t SplitPath(std::wstring_view path);
 

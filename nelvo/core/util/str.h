@@ -22,6 +22,7 @@ namespace util
 class str_t
 {
 public:
+    // Takes the bytes as they are.
     str_t() = default;
     str_t(std::string text) : m_narrow(std::move(text)) {}
     str_t(std::string_view text) : m_narrow(text) {}
@@ -32,11 +33,13 @@ public:
     str_t(const std::wstring& text) : str_t(std::wstring_view(text)) {}
     str_t(const wchar_t* text) : str_t(std::wstring_view(text)) {}
 
+    // The bytes as they are kept.
     const std::string& narrow() const { return m_narrow; }
 
     // Throws what Utf8ToWide throws.
     std::wstring wide() const;
 
+    // Whether there is no byte.
     bool empty() const { return m_narrow.empty(); }
 
     // Byte by byte.

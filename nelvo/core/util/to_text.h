@@ -29,7 +29,6 @@ std::string ToText(const Value& value)
 {
     return std::string(text_arg_t(value).text());
 }
-
 template <class Value>
 std::wstring WideToText(const Value& value)
 {
@@ -47,7 +46,6 @@ std::string HexText(Value value)
     static_assert(std::is_integral_v<Value> && sizeof(Value) <= sizeof(std::uint32_t));
     return HexDigits(static_cast<std::uint32_t>(value), sizeof(Value));
 }
-
 template <class Value>
 std::wstring WideHexText(Value value)
 {
@@ -65,7 +63,6 @@ std::string GroupedText(Value value)
     static_assert(std::is_integral_v<Value> && sizeof(Value) >= sizeof(short));
     return GroupDigits(text_arg_t(value).text());
 }
-
 template <class Value>
 std::wstring WideGroupedText(Value value)
 {

@@ -36,11 +36,13 @@ enum severity_t : std::int32_t
 class line_format_t
 {
 public:
+    // Of a tag of any length.
     explicit line_format_t(std::string_view tag);
 
     // Not while another thread logs with this format.
     void set_tag(std::string_view tag);
 
+    // The whole column, 9 characters.
     const std::string& get_prefix() const { return m_prefix; }
 
 private:
@@ -52,6 +54,7 @@ class line_filter_t
 {
 public:
     virtual ~line_filter_t() = default;
+    // The text that is written instead. What it throws passes.
     virtual std::string filter_line(std::string_view text) = 0;
 };
 
