@@ -517,8 +517,22 @@ echo "${PACKED:-$SOURCE_DATE_EPOCH}" > build/packages/nelvoagentid_1_amd64.deb
             self.assertEqual((2, []), (result.returncode, calls))
 
 
+class Docs(Commands):
+    def setUp(self):
+        self.command = self.make("docs", {"script/bootstrap": "#!/bin/sh\n" + NOTES, "build/docs/old.html": ""},
+                                 {"doxygen": NOTES + 'ls build/docs >> "$CALLS"\nexit "${STATUS:-0}"\n'})
+
+    def test_begins_with_an_empty_folder(self):
+        result, calls = self.run_command(self.command)
+        self.assertEqual((0, ["bootstrap script/packages-docs.txt", "doxygen docs/reference/Doxyfile"]),
+                         (result.returncode, calls))
+
+    def test_fails_when_doxygen_does(self):
+        self.assertEqual(1, self.run_command(self.command, STATUS="1")[0].returncode)
+
+
 class WholeProof(Commands):
-    STAGES = {"lint": "lint ", "wiping": "wiping ", "fuzz": "fuzz 10", "release": "test ", "faults": "faults ",
+    STAGES = {"lint": "lint ", "docs": "docs ", "wiping": "wiping ", "fuzz": "fuzz 10", "release": "test ", "faults": "faults ",
               "asan": "test --preset asan", "valgrind": "valgrind ", "tsan": "test --preset tsan"}
 
     def setUp(self):
