@@ -422,31 +422,35 @@ class Lint(Commands):
     def setUp(self):
         notes = "#!/bin/sh\n" + NOTES
         sources = {"nelvo/a.h": "", "nelvo/a.cpp": "", "tool/b.cpp": "", "tests/c.cpp": "", "bench/d.cpp": "",
-                   "fuzz/e.cpp": "", "examples/f.cpp": "", "packaging/f.8": ""}
-        self.command = self.make("lint", {"script/bootstrap": notes, **sources},
+                   "fuzz/e.cpp": "", "examples/f.cpp": ""}
+        others = {"packaging/f.8": "", "packaging/g.bash-completion": "", ".ci/run": notes, "script/list.txt": ""}
+        self.command = self.make("lint", {"script/bootstrap": notes, **sources, **others},
                                  {"clang-format": NOTES, "clang-tidy": NOTES, "cppcheck": NOTES, "cmake": "",
-                                  "mandoc": NOTES, "nproc": "echo 1\n"})
+                                  "codespell": NOTES, "mandoc": NOTES, "nproc": "echo 1\n", "shellcheck": NOTES})
 
     def lint(self, *arguments):
         result, calls = self.run_command(self.command, *arguments)
         self.status = result.returncode
-        self.manuals = [call for call in calls if call.startswith("mandoc ")]
         words = [call.split() for call in calls]
+        self.others = {call[0]: call[1:] for call in words if call[0] in ("codespell", "mandoc", "shellcheck")}
         return [{word for call in words if call[0] == name for word in call if word.endswith((".h", ".cpp"))}
                 for name in ("clang-format", "cppcheck", "clang-tidy")]
 
     def test_looks_at_every_file(self):
         sources = {"nelvo/a.cpp", "tool/b.cpp", "tests/c.cpp", "bench/d.cpp", "fuzz/e.cpp", "examples/f.cpp"}
         self.assertEqual([sources | {"nelvo/a.h"}, sources | {"nelvo/a.h"}, sources], self.lint())
-        self.assertEqual((0, ["mandoc -T lint -W warning packaging/f.8"]), (self.status, self.manuals))
+        self.assertEqual((0, "-T lint -W warning packaging/f.8".split()), (self.status, self.others["mandoc"]))
+        self.assertEqual([".ci/run", "packaging/g.bash-completion", "script/bootstrap", "script/lint"],
+                         sorted(self.others["shellcheck"]))
+        self.assertEqual(".", self.others["codespell"][-1])
 
     def test_looks_at_the_files_that_it_is_given(self):
         given = {"nelvo/a.h", "tool/b.cpp"}
         self.assertEqual([given, given, {"tool/b.cpp"}], self.lint(*given))
-        self.assertEqual([], self.manuals)
+        self.assertEqual({}, self.others)
 
     def test_fails_when_a_linter_does(self):
-        for name in ("clang-format", "cppcheck", "clang-tidy", "mandoc"):
+        for name in ("clang-format", "cppcheck", "clang-tidy", "codespell", "mandoc", "shellcheck"):
             self.become(**{name: "exit 1\n"})
             self.lint()
             self.assertNotEqual(0, self.status)
