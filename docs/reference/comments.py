@@ -7,8 +7,9 @@ output this tells Doxygen so in its own marks:
 - A comment above declarations is about all of them up to the next blank line, comment or access label; one behind
   a declaration is about that one, besides.
 - A function without words has those of the one above it with the same name, unless it is a constructor.
-- Indented lines are an example. "Kept: Suite.Case" names the test that pins an oddity.
-- All else is text as it stands: neither commands nor Markdown nor HTML.
+- Indented lines are an example, which is shown as it stands, as the lines of a table are. "Kept: Suite.Case" names
+  the test that pins an oddity.
+- All else is text: neither commands nor HTML. That it is no Markdown either is for the Doxyfile to say.
 
 Destructors, members that are deleted or defaulted, and the data, constants and types within a class need no words:
 the declaration says it all, and gets a line by rule. Overrides have the words of the base, and what is private is
@@ -28,7 +29,7 @@ _UNTOLD = re.compile(r"(?:template <.*> ?)?(?:class|struct|enum)\b[\w: ]+;")
 _LEFT_OUT = re.compile(r"extern template .*|friend class .*")
 _LINTERS = re.compile(r"NOLINT(?:NEXTLINE|BEGIN|END)?\b.*")
 _KEPT = re.compile(r"Kept: (\w+\.\w+)")
-_SPECIAL = re.compile(r"[\\@&#<>%\"*`\[\]!|]")
+_SPECIAL = re.compile(r"[\\@&#<>%\"]|-{2,3}")
 _NAME = re.compile(r"(?!using )[^=(]*?(operator\S+?|~?\w+)\(")
 _AS_NAMED = "As its name says."
 _BY_RULE = ((re.compile(r"(?:virtual )?~\w+\(.*"), "Ends the object."),
@@ -41,12 +42,12 @@ def words(lines):
     out = []
     example = False
     for line in lines:
-        if line and line.startswith("  ") != example:
+        if line and line.startswith(("  ", "|")) != example:
             example = not example
-            out.append("@code{.cpp}" if example else "@endcode")
+            out.append("@code{.unparsed}" if example else "@endcode")
         kept = _KEPT.fullmatch(line)
         if kept:
-            out += ["", f"Kept: `{kept[1]}`", ""]
+            out += ["", f"Kept: <tt>{kept[1]}</tt>", ""]
         else:
             out.append(line if example else _SPECIAL.sub(r"\\\g<0>", line))
     return out + ["@endcode"] * example

@@ -38,8 +38,8 @@ class Reference(unittest.TestCase):
         self.assertEqual(lines, [line for line in made if line in lines])
 
     def test_a_comment_is_about_all_up_to_the_blank_line(self):
-        self.assertEqual({"void f();": "Of both.\nIn two lines.", "void g();": "Of both.\nIn two lines."},
-                         self.told("// Of both.\n// In two lines.\nvoid f();\nvoid g();\n\nvoid h();\n"))
+        self.assertEqual({"void f();": "Of both.\nTwo lines.", "void g();": "Of both.\nTwo lines."},
+                         self.told("// Of both.\n// Two lines.\nvoid f();\nvoid g();\n\nvoid h();\n"))
 
     def test_a_comment_is_about_all_up_to_the_next_comment_or_label(self):
         self.assertEqual({"void f();": "One.", "void g();": "Two."},
@@ -116,19 +116,23 @@ class Reference(unittest.TestCase):
         self.assertNotIn("extern", made)
         self.assertNotIn("friend", made)
 
-    def test_a_text_is_neither_command_nor_markup(self):
-        self.assertEqual({"void f();": r"\"\%1\" is \<a\> \@b \\c \&d; \#e \*f\* \`g\` \[h\] i\|j\! k_t"},
-                         self.told('// "%1" is <a> @b \\c &d; #e *f* `g` [h] i|j! k_t\nvoid f();\n'))
+    def test_a_text_is_neither_command_nor_html(self):
+        self.assertEqual({"void f();": r"\"\%1\" is \<a\> \@b \\c \&d; \#e \--f \---g h-i *j* `k` [l] _m"},
+                         self.told('// "%1" is <a> @b \\c &d; #e --f ---g h-i *j* `k` [l] _m\nvoid f();\n'))
+
+    def test_a_table_is_shown_as_it_stands(self):
+        self.assertEqual({"void f();": "So:\n@code{.unparsed}\n| <a> | b |\n@endcode\nEnd."},
+                         self.told("// So:\n// | <a> | b |\n// End.\nvoid f();\n"))
 
     def test_indented_lines_are_an_example(self):
-        self.assertEqual({"void f();": "So:\n\n@code{.cpp}\n  f(\"%1\");\n\n  f();\n@endcode\nEnd."},
+        self.assertEqual({"void f();": "So:\n\n@code{.unparsed}\n  f(\"%1\");\n\n  f();\n@endcode\nEnd."},
                          self.told('// So:\n//\n//   f("%1");\n//\n//   f();\n// End.\nvoid f();\n'))
 
     def test_an_example_may_be_the_end(self):
-        self.assertEqual({"void f();": "@code{.cpp}\n  f();\n@endcode"}, self.told("//   f();\nvoid f();\n"))
+        self.assertEqual({"void f();": "@code{.unparsed}\n  f();\n@endcode"}, self.told("//   f();\nvoid f();\n"))
 
     def test_the_test_of_an_oddity_stands_apart(self):
-        self.assertEqual({"void f();": "Odd.\n\nKept: `A.B`\n\nMore."},
+        self.assertEqual({"void f();": "Odd.\n\nKept: <tt>A.B</tt>\n\nMore."},
                          self.told("// Odd.\n// Kept: A.B\n// More.\nvoid f();\n"))
 
 
