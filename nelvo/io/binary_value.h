@@ -67,6 +67,18 @@ void WriteValue(io_dev_t& stream, Value value)
         WriteExactly(stream, &value, sizeof(value));
 }
 
+// What a value starts from, so that bytes which the device only claims to have read are 0. Through an address
+// that the compiler knows nothing of: a zero stored relative to the stack pointer is what the processor takes
+// the value for, until it finds that the device wrote there through another pointer and begins anew. A file
+// info record is read in half to a third of the time without that.
+template <class Value>
+void PutZero(Value& value)
+{
+    Value* place = &value;
+    asm("" : "+r"(place));
+    *place = 0;
+}
+
 // The next value. A boolean is true for any number but 0, an enumeration takes any.
 template <class Value>
 Value ReadValue(io_dev_t& stream)
@@ -78,7 +90,8 @@ Value ReadValue(io_dev_t& stream)
         return static_cast<Value>(ReadValue<std::uint32_t>(stream));
     else
     {
-        Value value = 0;
+        Value value;
+        PutZero(value);
         ReadExactly(stream, &value, sizeof(value));
         return value;
     }
@@ -158,7 +171,8 @@ template <class Value>
 Value ReadRawValue(io_dev_t& stream)
 {
     static_assert(kIsStreamValue<Value> && std::is_unsigned_v<Value>);
-    Value value = 0;
+    Value value;
+    PutZero(value);
     stream.read(&value, sizeof(value));
     return value;
 }
