@@ -21,16 +21,15 @@ std::string figure_t::GoalText(double goal)
     return text.str();
 }
 
-// Repetitions of all figures take turns, so that what else the machine does meets all alike. They are many and
-// short, as a neighbour on the same core, who makes all slower by a third, comes and goes within a tenth of a
-// second. The caller's own arguments come later and win; --quick, the last one, leaves less time.
+// Repetitions of all figures take turns, so that what else the machine does meets all alike. They are many
+// and short, as a neighbour on the same core, who makes all slower by a third, comes and goes within a tenth
+// of a second. The caller's own arguments come later and win; --quick, the last one, leaves some out.
 int main(int argc, char* argv[])
 {
     const bool is_quick = std::string(argv[argc - 1]) == "--quick";
     argc -= is_quick;
-    std::string defaults[] = {"--benchmark_enable_random_interleaving=true",
-                              is_quick ? "--benchmark_repetitions=3" : "--benchmark_repetitions=33",
-                              is_quick ? "--benchmark_min_time=0.005" : "--benchmark_min_time=0.005"};
+    std::string defaults[] = {"--benchmark_enable_random_interleaving=true", "--benchmark_min_time=0.005",
+                              is_quick ? "--benchmark_repetitions=21" : "--benchmark_repetitions=33"};
     std::vector<char*> arguments(argv, argv + 1);
     for (std::string& argument : defaults)
         arguments.push_back(argument.data());
