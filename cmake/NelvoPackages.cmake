@@ -30,7 +30,7 @@ channels with progress scopes and rotation, files and what they have, key
 sets that are wiped, threads and stop events.
 .
 The package has the static library, its headers, a CMake package with the
-target nelvo::common, and a file for pkg-config.")
+target nelvo::common, a file for pkg-config, and examples.")
 
 # The date of the last commit, as script/package sets it: the same in each build of one state of the sources.
 string(TIMESTAMP NELVO_PACKAGE_DATE "%a, %d %b %Y %H:%M:%S +0000" UTC)

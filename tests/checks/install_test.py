@@ -31,7 +31,8 @@ class Install(unittest.TestCase):
     def test_what_tells_of_the_tool_is_with_it(self):
         prefix = self.install("tool")
         documents = {f"share/doc/nelvo/{path}": path
-                     for path in ["README.md", "CHANGELOG.md", "SECURITY.md", *tree.files(SOURCE, "docs")]}
+                     for path in ["README.md", "CHANGELOG.md", "SECURITY.md", *tree.files(SOURCE, "docs")]
+                     if not path.startswith("docs/reference/")}
         told = {
             "share/bash-completion/completions/nelvoagentid": "packaging/nelvoagentid.bash-completion",
             "share/doc/nelvo/examples/nelvoagentid-first-boot.service": "packaging/nelvoagentid-first-boot.service",
@@ -47,6 +48,14 @@ class Install(unittest.TestCase):
         self.assertEqual([f"include/{path}" for path in headers], tree.files(prefix, "include"))
         for path in headers:
             self.expect_same(prefix, f"include/{path}", path)
+
+    def test_examples_are_there_to_be_copied(self):
+        prefix = self.install("dev")
+        examples = tree.files(SOURCE, "examples")
+        self.assertEqual([f"share/doc/nelvo/{path}" for path in examples], tree.files(prefix, "share"))
+        for path in examples:
+            self.expect_same(prefix, f"share/doc/nelvo/{path}", path)
+        self.assertTrue(os.access(os.path.join(prefix, "share/doc/nelvo/examples/fleet_ids"), os.X_OK))
 
     def test_the_library_has_its_packages_beside_it(self):
         found = [path for path in tree.files(self.install("dev"), "lib") if "nelvoTargets-" not in path]
