@@ -536,8 +536,8 @@ class Docs(Commands):
 
 
 class WholeProof(Commands):
-    STAGES = {"lint": "lint ", "docs": "docs ", "wiping": "wiping ", "fuzz": "fuzz 10", "release": "test ", "faults": "faults ",
-              "asan": "test --preset asan", "valgrind": "valgrind ", "tsan": "test --preset tsan"}
+    STAGES = {"lint": "lint ", "docs": "docs ", "wiping": "wiping ", "fuzz": "fuzz 10", "release": "test ",
+              "package": "package --check", "faults": "faults ", "asan": "test --preset asan", "valgrind": "valgrind ", "tsan": "test --preset tsan"}
 
     def setUp(self):
         with open(os.path.join(ROOT, ".ci", "run"), encoding="utf-8") as file:
