@@ -9,6 +9,9 @@ What stands there and in none of these sources is said by somebody else, and an 
 excerpts of the other documents are made of such texts.
 
 Paths: FILES has each path of those sources, and no other. The README names the tool's own.
+
+Examples: the README's code stands in a source of examples/ as it is, and the logs that it shows of examples are made of
+lines of their transcripts.
 """
 
 import re
@@ -24,6 +27,8 @@ CALLERS = (README, "docs/operators.md", MANUAL, "packaging/nelvoagentid-first-bo
 EXCERPTS = (README, "docs/operators.md")
 SOURCES = ("tool", "nelvo/logging/receiver")
 TESTS = ("tests/run", "tests/faults")
+EXAMPLES = "examples"
+TRANSCRIPTS = "tests/examples"
 
 # How paths begin that only the tool would have a README name.
 OWN_PATHS = ("/etc/nelvo", "/sys/", "/tmp/Nelvo")
@@ -66,6 +71,8 @@ _ESCAPES = {r"\n": "\n", r"\r": "\r", r"\t": "\t", r"\"": '"', r"\\": "\\"}
 _PATH = re.compile(r"(?<![\w./])/[\w.-]+(?:/[\w.-]+)+/?")
 _CALL = re.compile(r"\bnelvoagentid((?: +[^\s|&;<>`]+)+)")
 _EXCERPT = re.compile(r"\] < *\d+> agentid\| *(?:(?:WARN|ERR |>>  )\|)?(.*)")
+_EXAMPLE = re.compile(r"\] < *\d+> (?!agentid)(\w+ *\|.*)")
+_CODE = re.compile(r"^```cpp\n(.*?)^```$", re.MULTILINE | re.DOTALL)
 _VALUE = re.compile(r"%\d|<[^<>]*>")
 
 
@@ -149,7 +156,8 @@ def flags(lines):
 
 
 def items(lines):
-    return [line.removeprefix(".It ") for line in lines if line.startswith(".It ")]
+    """What the manual lists, without the marks of where a line may be broken."""
+    return [line.removeprefix(".It ").replace("\\:", "") for line in lines if line.startswith(".It ")]
 
 
 def pattern(text):
@@ -209,9 +217,23 @@ def path_faults(root, manual):
                 if name.startswith(OWN_PATHS))
 
 
+def example_faults(root):
+    readme = tree.read(root, README)
+    examples = "\n".join(tree.read(root, path) for path in tree.files(root, EXAMPLES) if path.endswith(".cpp"))
+    for code in _CODE.findall(readme):
+        if code not in examples:
+            yield f"{README}: no example has {code.splitlines()[0]!r} and what follows it"
+    transcripts = [line for path in tree.files(root, TRANSCRIPTS) if path.endswith(".txt")
+                   for line in tree.read(root, path).splitlines()]
+    for line in _EXAMPLE.findall(readme):
+        if not any(told.endswith("> " + line) for told in transcripts):
+            yield f"{README}: no example logs {line!r}"
+
+
 def check(root):
     manual = tree.read(root, MANUAL)
-    return [*option_faults(root, manual), *diagnostic_faults(root, manual), *path_faults(root, manual)]
+    return [*option_faults(root, manual), *diagnostic_faults(root, manual), *path_faults(root, manual),
+            *example_faults(root)]
 
 
 if __name__ == "__main__":

@@ -86,6 +86,13 @@ Looks into `/etc/id`, and not into /home/me/etc/id.
     $ nelvoagentid
     [21.11.2026 12:51:07] <140216541591424> agentid| ERR |Failed to look: /etc/id
     nelvoagentid [--log NAME | -l NAME]
+
+```cpp
+    Copy(from);
+    Copy(to);
+```
+
+    [21.11.2026 12:51:07] <140216541591424> copy   | WARN|Copied
 """
 
 UNSEEN = {"ask 2> /dev/null": "a command", "log file name": "there is no help"}
@@ -93,6 +100,8 @@ REACHED = {"nelvo/fs/utils.cpp": ("Reached(",)}
 
 GOOD = {
     "README.md": README,
+    "examples/copy.cpp": "void Both()\n{\n    Copy(from);\n    Copy(to);\n}\n",
+    "tests/examples/copy.txt": "$ copy\n[TIME] <THREAD> copy   | WARN|Copied\n",
     "docs/operators.md": "Run `nelvoagentid --log=x`.\n",
     "nelvo/fs/utils.cpp": UTILS,
     "nelvo/logging/receiver/files.cpp": 'const char kFolder[] = "/tmp/Backup/";\nThrow("Failed to lock file [%1].");\n',
@@ -204,6 +213,9 @@ class Documents(unittest.TestCase):
         self.assertEqual(["README.md: no line of a log: 'Failed to find: /etc/id'"],
                          self.faults(("README.md", "Failed to look", "Failed to find")))
 
+    def test_a_mark_of_where_to_break_a_line_is_no_text(self):
+        self.assertEqual([], self.faults(("packaging/nelvoagentid.8", ".It Failed to look: <path>", ".It Failed\\: to look: <path>")))
+
     # ---- Paths ----
 
     def test_a_path_that_the_manual_lacks_is_a_fault(self):
@@ -219,6 +231,17 @@ class Documents(unittest.TestCase):
         self.assertEqual(["README.md: lacks /etc/id", "README.md: has /sys/id, which the sources lack"],
                          self.faults(("README.md", " `/etc/id`", " `/sys/id`"), ("README.md", "look: /etc/id", "look: x")))
         self.assertEqual([], self.faults(("README.md", " `/etc/id`", " `/etc/id`, /etc/hosts, /home/x")))
+
+    # ---- Examples ----
+
+    def test_code_that_no_example_has_is_a_fault(self):
+        self.assertEqual(["README.md: no example has '    Copy(from);' and what follows it"],
+                         self.faults(("examples/copy.cpp", "Copy(to)", "Copy(back)")))
+
+    def test_a_line_that_no_example_logs_is_a_fault(self):
+        for old, new in (("WARN|Copied", "WARN|Copying"), ("copy   |", "cp     |")):
+            self.assertEqual(["README.md: no example logs 'copy   | WARN|Copied'"],
+                             self.faults(("tests/examples/copy.txt", old, new)))
 
 
 if __name__ == "__main__":
