@@ -379,10 +379,10 @@ class Proof(Commands):
                     "tests/wiping/report.py", "build/wiping")
 
     def test_valgrind(self):
-        builds = ["configure debug", "cmake --build --preset debug --target tests/core/cnt/all tests/io/all "
+        builds = ["configure release", "cmake --build --preset release --target tests/core/cnt/all tests/io/all "
                                      "tests/fs/all tests/crypto/all fuzz/all"]
-        self.expect("valgrind", builds, "tests/memcheck/run.py", "build/debug", "")
-        self.expect("valgrind", builds, "tests/memcheck/run.py", "build/debug", "io_.*", given=["io_.*"])
+        self.expect("valgrind", builds, "tests/memcheck/run.py", "build/release", "")
+        self.expect("valgrind", builds, "tests/memcheck/run.py", "build/release", "io_.*", given=["io_.*"])
 
 
 class Coverage(Commands):

@@ -19,10 +19,10 @@ def test(name, *command, place="/b"):
 
 class Memcheck(unittest.TestCase):
     def test_runs_each_program_of_its_folders_once_and_whole(self):
-        tests = [test("A.one", "/b/tests/io/io_test", "--gtest_filter=A.one", place="/b/tests/io"),
-                 test("A.two", "/b/tests/io/io_test", "--gtest_filter=A.two", place="/b/tests/io"),
+        tests = [test("A.one", "/b/tests/io/io_calls_test", "--gtest_filter=A.one", place="/b/tests/io"),
+                 test("A.two", "/b/tests/io/io_calls_test", "--gtest_filter=A.two", place="/b/tests/io"),
                  test("B.one", "/b/tests/core/core_test"), test("not built")]
-        self.assertEqual({"io_test": (["/b/tests/io/io_test", "--gtest_brief=1", "--gtest_filter=*"],
+        self.assertEqual({"io_calls_test": (["/b/tests/io/io_calls_test", "--gtest_brief=1", "--gtest_filter=*"],
                                       "/b/tests/io")}, run.commands("/b", tests))
 
     def test_runs_some_cases_of_some_programs(self):
