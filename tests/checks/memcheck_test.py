@@ -23,7 +23,7 @@ class Memcheck(unittest.TestCase):
                  test("A.two", "/b/tests/io/io_calls_test", "--gtest_filter=A.two", place="/b/tests/io"),
                  test("B.one", "/b/tests/core/core_test"), test("not built")]
         self.assertEqual({"io_calls_test": (["/b/tests/io/io_calls_test", "--gtest_brief=1", "--gtest_filter=*"],
-                                      "/b/tests/io")}, run.commands("/b", tests))
+                                             "/b/tests/io")}, run.commands("/b", tests))
 
     def test_runs_some_cases_of_some_programs(self):
         tests = [test("A.one", "/b/tests/fs/fs_test"), test("A.two", "/b/tests/fs/fs_calls_test")]
