@@ -19,8 +19,11 @@ namespace
 void CheckName(const options::error_with_option_name& error)
 {
     const std::string name = error.get_option_name();
-    if (name.find('%') != std::string::npos)
-        throw exc::runtime_exc_t("unrecognised option '%1'", name);
+    for (const char* const place : {"%canonical_option%", "%option%", "%original_token%"})
+    {
+        if (name.find(place) != std::string::npos)
+            throw exc::runtime_exc_t("unrecognised option '%1'", name);
+    }
 }
 
 std::string ReadLogName(int argc, const char* const argv[])

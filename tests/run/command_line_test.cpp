@@ -3,6 +3,7 @@
 
 #include "tests/run/machine.h"
 
+using testing::ElementsAre;
 using testing::IsEmpty;
 
 namespace
@@ -13,13 +14,14 @@ const char kPrinted[] = "{00112233-4455-6677-8899-aabbccddeeff}\n";
 
 using options_t = std::vector<std::string>;
 
-void ExpectAccepted(const options_t& options)
+void ExpectAccepted(const options_t& options, const std::string& log)
 {
     machine_t machine;
     machine.AgentFile(kId);
 
     EXPECT_THAT(machine.Run(options), Prints(kPrinted)) << testing::PrintToString(options);
     EXPECT_EQ(kId, machine.Read("/etc/nelvoagentid"));
+    EXPECT_THAT(machine.NewPaths(), ElementsAre(log)) << testing::PrintToString(options);
 }
 
 // Nothing is looked for, generated or logged.
@@ -34,33 +36,33 @@ void ExpectRefused(const options_t& options, const std::string& text)
 
 } // namespace
 
-TEST(CommandLine, MayBeEmpty) { ExpectAccepted({}); }
+TEST(CommandLine, MayBeEmpty) { ExpectAccepted({}, "/work/nelvoagentid.log"); }
 
 TEST(CommandLine, LogNameStandsInAnyOfItsForms)
 {
-    ExpectAccepted({"--log=/tmp/x.log"});
-    ExpectAccepted({"--log", "/tmp/x.log"});
-    ExpectAccepted({"-l", "/tmp/x.log"});
-    ExpectAccepted({"-l/tmp/x.log"});
+    ExpectAccepted({"--log=/tmp/x.log"}, "/tmp/x.log");
+    ExpectAccepted({"--log", "/tmp/x.log"}, "/tmp/x.log");
+    ExpectAccepted({"-l", "/tmp/x.log"}, "/tmp/x.log");
+    ExpectAccepted({"-l/tmp/x.log"}, "/tmp/x.log");
 }
 
 TEST(CommandLine, LongNameMayBeShortened)
 {
-    ExpectAccepted({"--lo", "/tmp/x.log"});
-    ExpectAccepted({"--l=/tmp/x.log"});
+    ExpectAccepted({"--lo", "/tmp/x.log"}, "/tmp/x.log");
+    ExpectAccepted({"--l=/tmp/x.log"}, "/tmp/x.log");
 }
 
 TEST(CommandLine, LogNameMayLookLikeAnOption)
 {
-    ExpectAccepted({"--log", "--foo"});
-    ExpectAccepted({"--log", "--log"});
-    ExpectAccepted({"--log", "--"});
-    ExpectAccepted({"-l", "-lx"});
-    ExpectAccepted({"-l=x"});
-    ExpectAccepted({"-log"});
+    ExpectAccepted({"--log", "--foo"}, "/work/--foo");
+    ExpectAccepted({"--log", "--log"}, "/work/--log");
+    ExpectAccepted({"--log", "--"}, "/work/--");
+    ExpectAccepted({"-l", "-lx"}, "/work/-lx");
+    ExpectAccepted({"-l=x"}, "/work/=x");
+    ExpectAccepted({"-log"}, "/work/og");
 }
 
-TEST(CommandLine, TwoDashesEndTheOptions) { ExpectAccepted({"--"}); }
+TEST(CommandLine, TwoDashesEndTheOptions) { ExpectAccepted({"--"}, "/work/nelvoagentid.log"); }
 
 TEST(CommandLine, UnknownOptionIsRefused)
 {
@@ -81,7 +83,15 @@ TEST(CommandLine, UnknownOptionMayHoldAnyPercentSigns)
     ExpectRefused({"--%1%%2"}, "unrecognised option '--%1%%2'");
     ExpectRefused({"--log", "x", "--log=%original_token%"},
                   "option '--log' cannot be specified more than once");
-    ExpectAccepted({"--log=%original_token%"});
+    ExpectAccepted({"--log=%original_token%"}, "/work/%original_token%");
+}
+
+// Any other sign is the parser's business.
+TEST(CommandLine, UnknownOptionWithAPercentSignIsRefusedInTheParsersWords)
+{
+    ExpectRefused({"--50%"}, "unrecognised option '--50%'");
+    ExpectRefused({"--%x="}, "the argument for option '--%x' should follow immediately after the equal sign");
+    ExpectRefused({"--%prefix%"}, "unrecognised option '----'");
 }
 
 TEST(CommandLine, MissingLogNameIsRefused)
