@@ -56,5 +56,6 @@ void CCommonLibCtx::DestroyConnectionPools()
 
 boost::shared_ptr<CCommonLibCtx> GetCommonLibCtx()
 {
-    return util::process_instance_tt<CCommonLibCtx>::Get([] { return boost::make_shared<CCommonLibCtx>(); });
+    return util::process_instance_tt<CCommonLibCtx, boost::mutex>::Get(
+        [] { return boost::make_shared<CCommonLibCtx>(); });
 }

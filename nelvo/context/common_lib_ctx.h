@@ -60,5 +60,6 @@ private:
 };
 
 // The context of the process (process_instance.h). Throws what its constructor throws, in practice
-// std::bad_alloc; the next call tries again then.
+// std::bad_alloc, and the next call tries again then; and boost::lock_error if the mutex around all of this
+// cannot be locked.
 boost::shared_ptr<CCommonLibCtx> GetCommonLibCtx();

@@ -41,6 +41,12 @@ public:
     texts_t asked;
 };
 
+class no_factory_t : public io::io_dev_factory_t
+{
+public:
+    boost::shared_ptr<io::io_dev_t> Create(const std::string&) override { return {}; }
+};
+
 class CommonLibCtx : public ::testing::Test
 {
 protected:
@@ -198,14 +204,19 @@ TEST_F(CommonLibCtx, EndLogsNothingAndReleasesAllItHas)
 {
     auto context = boost::make_shared<CCommonLibCtx>();
     const auto permissions = boost::make_shared<noting_permissions_t>();
-    const auto pool = boost::make_shared<io::io_dev_pool_t>();
+    const auto factory = boost::make_shared<no_factory_t>();
+    const auto key_set = boost::make_shared<crypto::CKeySetId>();
     const auto store = context->GetRuntimeKeyStore();
     const auto dev_pool = context->FindDevPool(0);
     context->SetFilesAccessPermissions(permissions);
-    context->GetDevRegistry().AddPool(1, pool);
+    context->GetDevRegistry().AddFactory("file", factory);
+    context->GetDevRegistry().AddPool(1, dev_pool);
+    context->GetCryptoPolicy() = CCryptoProcessingPolicy(true, key_set, false);
     context.reset();
     EXPECT_EQ("", Log());
     EXPECT_EQ(1, permissions.use_count());
+    EXPECT_EQ(1, factory.use_count());
+    EXPECT_EQ(1, key_set.use_count());
     EXPECT_EQ(1, store.use_count());
     EXPECT_EQ(1, dev_pool.use_count());
 }

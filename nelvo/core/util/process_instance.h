@@ -18,7 +18,8 @@
 namespace util
 {
 
-template <class Object>
+// A boost::mutex that cannot be locked throws boost::lock_error; a boost::recursive_mutex goes on.
+template <class Object, class Mutex = boost::recursive_mutex>
 class process_instance_tt
 {
 public:
@@ -28,7 +29,7 @@ public:
     static boost::shared_ptr<Object> Get(const Build& build)
     {
         holder_t& holder = Holder();
-        const boost::lock_guard<boost::recursive_mutex> lock(holder.mutex);
+        const boost::lock_guard<Mutex> lock(holder.mutex);
         if (holder.instance == nullptr)
         {
             holder.instance = build();
@@ -48,7 +49,7 @@ public:
 private:
     struct holder_t
     {
-        boost::recursive_mutex mutex;
+        Mutex mutex;
         boost::shared_ptr<Object> instance;
     };
 
@@ -62,7 +63,7 @@ private:
     static void Release()
     {
         boost::shared_ptr<Object> last;
-        const boost::lock_guard<boost::recursive_mutex> lock(Holder().mutex);
+        const boost::lock_guard<Mutex> lock(Holder().mutex);
         last.swap(Holder().instance);
     }
 };
