@@ -1,8 +1,13 @@
 #include "tool/agent_id.h"
 
+#include <boost/make_shared.hpp>
+#include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
 #include "nelvo/core/exc/errno_exc.h"
+#include "nelvo/logging/log.h"
+#include "tests/support/failing_memory.h"
+#include "tests/support/lines_receiver.h"
 #include "tests/support/temp_folder.h"
 
 namespace
@@ -105,6 +110,32 @@ TEST(LookUuidInFile, FailureIsNotFoundAndLeavesTheIdUntouched)
 
     EXPECT_FALSE(lookup.found);
     EXPECT_EQ(kOther, lookup.id);
+}
+
+// Whichever piece of memory is missing. A failure that is none of ours is told like any other.
+TEST(LookUuidInFile, WithoutMemoryItFindsNothingAndThrowsNothing)
+{
+    const temp_folder_t folder;
+    const std::string path = folder / "id";
+    WriteFile(path, kBraced);
+    const auto receiver = boost::make_shared<lines_receiver_t>();
+    logging::GetProcessLog()->set_receiver(receiver);
+    Guid id;
+    bool all_found = false;
+    for (std::size_t allocation = 0; !all_found; ++allocation)
+    {
+        FailNextAllocation(allocation);
+        const bool found = LookUuidInFile(path.c_str(), id);
+        all_found = !HasAllocationFailed();
+        EXPECT_EQ(all_found, found) << allocation;
+    }
+    logging::GetProcessLog()->set_receiver({});
+
+    EXPECT_THAT(WithoutHeads(receiver->text()),
+                testing::HasSubstr("agentid| ERR |Failed to look uuid in file: " + path +
+                                   " \n"
+                                   "agentid| >>  |std::bad_alloc\n"
+                                   "agentid| >>  |An exception was thrown from thread [n/a].\n"));
 }
 
 TEST(LookUuidInFile, DirectoryHoldsNoId)
