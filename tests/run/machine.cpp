@@ -21,6 +21,7 @@ namespace
 
 const char kTool[] = "/tool/nelvoagentid";
 const char kAskSource[] = "/tool/ask_source";
+const char kRecordedRun[] = "/tool/recorded_run";
 const char kShortOfMemory[] = "/tool/short_of_memory";
 const char kShell[] = "/usr/bin/sh";
 const char kWorkFolder[] = "/work";
@@ -144,14 +145,14 @@ void machine_t::NoShell() { Remove("/bin"); }
 
 void machine_t::SetSearchPath(const std::string& path) { m_process.environment.front() = "PATH=" + path; }
 
-run_t machine_t::Run(const std::vector<std::string>& options)
-{
-    std::vector<std::string> arguments = {m_name};
-    arguments.insert(arguments.end(), options.begin(), options.end());
-    return Start(kTool, arguments);
-}
+run_t machine_t::Run(const std::vector<std::string>& options) { return StartRun(kTool, options); }
 
 run_t machine_t::Shell(const std::string& script) { return Start(kShell, {"sh", "-c", script}); }
+
+run_t machine_t::RunRecorded(const std::vector<std::string>& options)
+{
+    return StartRun(kRecordedRun, options);
+}
 
 run_t machine_t::Ask(const std::string& source) { return Start(kAskSource, {kAskSource, source}); }
 
@@ -243,6 +244,7 @@ void machine_t::ShareSystem()
         BindFile(device, device);
     BindFile(BuiltTool(), kTool);
     BindFile(ASK_SOURCE, kAskSource);
+    BindFile(RECORDED_RUN, kRecordedRun);
     BindFile(SHORT_OF_MEMORY, kShortOfMemory);
 #ifdef NELVO_COUNTS
     Folder(kCounts);
@@ -265,6 +267,13 @@ std::vector<std::string> machine_t::Paths() const
         paths.push_back(entry.path().string().substr(m_root.path().size()));
     std::sort(paths.begin(), paths.end());
     return paths;
+}
+
+run_t machine_t::StartRun(const std::string& program, const std::vector<std::string>& options)
+{
+    std::vector<std::string> arguments = {m_name};
+    arguments.insert(arguments.end(), options.begin(), options.end());
+    return Start(program, arguments);
 }
 
 run_t machine_t::Start(const std::string& program, const std::vector<std::string>& arguments)

@@ -70,6 +70,10 @@ public:
     // A shell script on this machine, with the tool in the PATH as nelvoagentid.
     run_t Shell(const std::string& script);
 
+    // A run that tells the severity of each line of its log and the type of its failure: see
+    // recorded_run.cpp.
+    run_t RunRecorded(const std::vector<std::string>& options = {"--log", ""});
+
     // Asks one source, "dmidecode" or "sysfs", with the id {99999999-9999-9999-9999-999999999999} in the
     // place of its answer. Prints "found " or "not found ", and the id that then stands there.
     run_t Ask(const std::string& source);
@@ -101,6 +105,7 @@ private:
     void ShareSystem();
     void Script(const std::string& name, const std::string& script);
     std::vector<std::string> Paths() const;
+    run_t StartRun(const std::string& program, const std::vector<std::string>& options);
     run_t Start(const std::string& program, const std::vector<std::string>& arguments);
 
     temp_folder_t m_root;

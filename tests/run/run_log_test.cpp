@@ -516,6 +516,103 @@ TEST(RunLog, IsNotStartedForABadOption)
                 FailsWith("unrecognised option '--help'\nFailed to initialized\n"));
 }
 
+// ---- What the log does not show ----
+
+namespace
+{
+
+// The lines of a recorded run between the frames.
+std::string Recorded(const std::string& lines)
+{
+    return kFrame +
+           std::string("agentid severity 1 indent 0: "
+                       "//////////////////////////////////////////////////////////////////////////\n"
+                       "agentid severity 1 indent 0: name: /tool/nelvoagentid\n"
+                       "agentid severity 1 indent 0: Looking for existed agentId\n") +
+           lines + kFrame;
+}
+
+} // namespace
+
+TEST(RunLog, SeverityOfEachLineOfARunThatMakesAnId)
+{
+    machine_t machine;
+    const run_t run = machine.RunRecorded();
+    const std::string id = machine.Read("/etc/nelvoagentid");
+
+    EXPECT_THAT(run,
+                Prints(Recorded("agentid severity 2 indent 1: Existed agentId was not found in agent file\n"
+                                "agentid severity 3 indent 0: Failed to parse system UUID: "
+                                "Failed to execute 'dmidecode | grep -i uuid' command.\n"
+                                "agentid severity 2 indent 1: Existed agentId was not found by dmidecode\n"
+                                "agentid severity 2 indent 1: Existed agentId was not found in sysfs\n"
+                                "agentid severity 1 indent 0: Existed agentId was not found\n"
+                                "agentid severity 2 indent 0: Generate new nelvo agent id\n"
+                                "agentid severity 2 indent 0: Agent id: " +
+                                id + "\n" + id + "\n")));
+}
+
+TEST(RunLog, SeverityOfEachLineOfARunThatFindsAnId)
+{
+    machine_t machine;
+    machine.Sysfs(kSysfsText);
+    EXPECT_THAT(
+        machine.RunRecorded(),
+        Prints(Recorded("agentid severity 2 indent 1: Existed agentId was not found in agent file\n"
+                        "agentid severity 3 indent 0: Failed to parse system UUID: "
+                        "Failed to execute 'dmidecode | grep -i uuid' command.\n"
+                        "agentid severity 2 indent 1: Existed agentId was not found by dmidecode\n"
+                        "agentid severity 1 indent 0: Existed agentId found in sysfs\n"
+                        "agentid severity 2 indent 0: Agent id: {a0b0c0d0-e0f0-1020-3040-5060708090a1}\n"
+                        "{a0b0c0d0-e0f0-1020-3040-5060708090a1}\n")));
+    machine.DmidecodePrints(kDmidecodeLine);
+    EXPECT_THAT(
+        machine.RunRecorded(),
+        Prints(Recorded("agentid severity 2 indent 1: Existed agentId was not found in agent file\n"
+                        "agentid severity 1 indent 0: Existed agentId found by dmidecode\n"
+                        "agentid severity 2 indent 0: Agent id: {33221100-5544-7766-8899-aabbccddeeff}\n"
+                        "{33221100-5544-7766-8899-aabbccddeeff}\n")));
+    machine.AgentFile(kAgentFileText);
+    EXPECT_THAT(
+        machine.RunRecorded(),
+        Prints(Recorded("agentid severity 1 indent 0: Existed agentId found in agent file\n"
+                        "agentid severity 2 indent 0: Agent id: {00112233-4455-6677-8899-aabbccddeeff}\n"
+                        "{00112233-4455-6677-8899-aabbccddeeff}\n")));
+}
+
+TEST(RunLog, SeverityOfOtherFailures)
+{
+    machine_t machine;
+    machine.Link("/etc/nelvoagentid", "nelvoagentid");
+    machine.DmidecodePrints("UUID: 001122330-455-6677-8899-AABBCCDDEEFF\n");
+    machine.File("/sys/class", "a file");
+    const std::string log = machine.RunRecorded().out;
+
+    for (const char* const line :
+         {"agentid severity 4 indent 0: Failed to look uuid in file: /etc/nelvoagentid \n",
+          "agentid severity 3 indent 0: Failed to parse system UUID: Incorrect format of UUID string.\n",
+          "agentid severity 4 indent 0: Failed to look uuid in file: /sys/class/dmi/id/product_uuid \n"})
+    {
+        EXPECT_THAT(log, testing::HasSubstr(line));
+    }
+}
+
+TEST(RunLog, FailureOfARunHasItsTypeAndNoTrace)
+{
+    machine_t denied;
+    denied.StartAsNobody();
+    EXPECT_THAT(denied.RunRecorded(), FailsWith("runtime_exc_t 0: Permission denied\n"));
+
+    machine_t machine;
+    EXPECT_THAT(machine.RunRecorded({"--help"}),
+                FailsWith("runtime_exc_t 0: unrecognised option '--help'\nFailed to initialized\n"));
+    machine.Folder("/etc/nelvoagentid");
+    EXPECT_EQ("runtime_exc_t 0: Failed to open file [/etc/nelvoagentid].\n", machine.RunRecorded().err);
+    machine.Remove("/etc");
+    machine.Link("/etc", "/nowhere");
+    EXPECT_EQ("errno_exc_t 17: File exists\nFailed to create directory '/etc'\n", machine.RunRecorded().err);
+}
+
 // ---- How the run is started ----
 
 TEST(RunLog, EmptyNameStandsInAnyOfItsForms)
