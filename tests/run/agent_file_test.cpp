@@ -268,6 +268,19 @@ TEST(AgentFile, WithoutIdIsReplacedAndKeepsItsMode)
     EXPECT_EQ(0640u, machine.Mode("/etc/nelvoagentid"));
 }
 
+TEST(AgentFile, EmptyOrAllZeroFileIsReplaced)
+{
+    for (const char* const text : {"", "\n", "{00000000-0000-0000-0000-000000000000}"})
+    {
+        machine_t machine;
+        machine.AgentFile(text);
+        const run_t run = machine.Run();
+
+        EXPECT_THAT(run, Prints(IsNewId())) << text;
+        EXPECT_EQ(run.out, machine.Read("/etc/nelvoagentid") + "\n") << text;
+    }
+}
+
 TEST(AgentFile, UnreadableButWritableFileIsReplaced)
 {
     machine_t machine;
