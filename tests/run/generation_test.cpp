@@ -51,6 +51,15 @@ TEST(Generation, LostAgentFileMeansANewId)
     EXPECT_EQ(second.out, machine.Read("/etc/nelvoagentid") + "\n");
 }
 
+TEST(Generation, LockOfAnotherOnTheFileIsNotWaitedFor)
+{
+    machine_t machine;
+    const run_t run = machine.Shell("flock /etc/nelvoagentid nelvoagentid");
+
+    EXPECT_THAT(run, Prints(IsNewId()));
+    EXPECT_EQ(run.out, machine.Read("/etc/nelvoagentid") + "\n");
+}
+
 // No lock guards the file: the last writer wins, and both have printed an id.
 TEST(Generation, OneOfTwoRunsAtOnceIsTheLastWriter)
 {
