@@ -10,6 +10,7 @@
 #include <gtest/gtest.h>
 
 #include "nelvo/core/exc/errno_exc.h"
+#include "nelvo/crypto/key_set_collection.h"
 #include "tests/crypto/key_set_vocabulary.h"
 #include "tests/support/mutex_watch.h"
 #include "tests/support/thrown.h"
@@ -130,6 +131,22 @@ TEST(KeySetCalls, ComparisonEndsWithTheFirstDifference)
     EXPECT_EQ("a+b+b-b+b-a-", CallsToCompare(key_set, with(1, 6, L""), false));
     EXPECT_EQ("a+b+b-b+b-b+b-a-", CallsToCompare(key_set, with(1, 5, L""), false));
     EXPECT_EQ("a+b+b-b+b-b+b-b+b-a-", CallsToCompare(key_set, with(1, 5, L"hint"), false));
+}
+
+TEST(KeySetCollectionCalls, ListHasNoLock)
+{
+    const CKeySet::ptr_t key_set = GoldenSet();
+    crypto::CKeySetCollection collection;
+    crypto::CKeySetCollection::key_sets_t found;
+    EXPECT_EQ("", MutexCalls({Watched(collection, 'c')},
+                             [&]
+                             {
+                                 collection.Add(key_set);
+                                 collection.AddAll(*collection.Clone());
+                                 collection.GetById(*key_set->GetId());
+                                 collection.CollectByRole(key_set->GetRole(), found);
+                             }));
+    EXPECT_EQ(2u, found.size());
 }
 
 TEST(KeySetCalls, TimeThatCannotBeBrokenDownTellsWhy)

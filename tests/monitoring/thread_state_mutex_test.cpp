@@ -4,6 +4,7 @@
 
 #include <boost/make_shared.hpp>
 
+#include "nelvo/core/util/process_instance.h"
 #include "tests/support/pthread_calls.h"
 
 namespace
@@ -44,6 +45,15 @@ TEST_F(ThreadStatesCollectionMutex, TableThatCannotBeMadeIsAFailureAndTheNextUse
     ASSERT_NE(nullptr, CThreadStatesCollection::GetInstance());
     EXPECT_EQ(nullptr, CThreadStatesCollection::GetInstance()->GetCurrentState());
     EXPECT_EQ((calls_t{"lock", "unlock"}), Calls([] { CThreadStatesCollection::GetInstance(); }));
+}
+
+TEST_F(ThreadStatesCollectionMutex, FirstUseIsUnderARecursiveOne)
+{
+    struct object_t
+    {
+    };
+    EXPECT_EQ((calls_t{"mutexattr_init", "mutexattr_settype(recursive)", "mutex_init of some kind"}),
+              Calls([] { util::process_instance_tt<object_t>::Prepare(); }));
 }
 
 TEST_F(ThreadStatesCollectionMutex, EachOperationButThoseOfTheLoggingFlagHoldsIt)

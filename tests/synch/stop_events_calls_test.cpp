@@ -36,6 +36,11 @@ TEST_F(StopEventsCalls, EachOperationHoldsTheLock)
     ForEachOperation([&](const auto& work) { EXPECT_EQ((calls_t{"lock", "unlock"}), Calls(work)); });
 }
 
+TEST_F(StopEventsCalls, LockIsAPlainMutex)
+{
+    EXPECT_EQ((calls_t{"mutex_init", "mutex_destroy"}), Calls([] { const CStopEvtCollection collection; }));
+}
+
 TEST_F(StopEventsCalls, LockThatFailsIsBoostsFailure)
 {
     ForEachOperation(
