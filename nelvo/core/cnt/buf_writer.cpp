@@ -55,11 +55,10 @@ void CBufWriter::FillLength(std::uint32_t length)
         throw exc::runtime_exc_t("No length slot is reserved.");
     if (length > m_reserved_slot->greatest)
         ThrowOutOfBound(length - 1, m_reserved_slot->greatest);
-    m_position = m_reserved_slot->place;
+    RoomWithLength(length); // behind the position, which is not before the slot
+    CopyBytes(m_buffer->data() + m_reserved_slot->place, &length, sizeof(length));
     m_reserved_slot.reset();
-    RoomWithLength(length);
-    Put(sizeof(length), &length);
-    m_position += length;
+    m_position += sizeof(length) + std::uint64_t{length};
 }
 
 void CBufWriter::Rewind()

@@ -62,14 +62,14 @@ public:
 
     // For data of a length that is not known ahead. Gives the place behind a length of 4 bytes, with room for
     // as many bytes as the greatest length says; the caller puts the data there and then tells its length,
-    // which goes to its place and moves the position behind the data.
+    // which goes to its place and moves the position forward by itself and the 4 bytes: behind the data.
     //
     //   char* const place = writer.ReserveLength(4096);
     //   writer.FillLength(Produce(place, 4096));
     //
     // The place holds until the next write or reservation. The position stays until the length is told, so
-    // that a write in between would go over the place. There is one reservation at a time: another takes the
-    // place of one that was not filled.
+    // that a write in between would go over the place, and the length then moves the position from where that
+    // write left it. There is one reservation at a time: another takes the place of one that was not filled.
     char* ReserveLength(std::uint32_t greatest = kGrowth);
 
     // More than the greatest length is exc::runtime_exc_t "Out of the array bound. Index of the requested

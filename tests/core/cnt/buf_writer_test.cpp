@@ -288,14 +288,27 @@ TEST(BufWriterSlot, LengthGoesToItsPlaceAlsoWhenTheArrayHasMoved)
     EXPECT_EQ("01 04 00 00 00 64 61 74 61", Hex(WrittenBy(writer)));
 }
 
-TEST(BufWriterSlot, WriteInBetweenIsGoneOver)
+TEST(BufWriterSlot, WriteInBetweenIsGoneOverByTheLengthAndMovesThePositionAsWell)
 {
     CBufWriter writer;
     writer.WriteBool(true);
     std::memcpy(writer.ReserveLength(8), "data", 4);
     writer.WriteInt64(std::int64_t{-1});
     writer.FillLength(4);
-    EXPECT_EQ("01 04 00 00 00 ff ff ff ff", Hex(WrittenBy(writer)));
+    EXPECT_EQ(17u, writer.GetPosition());
+    EXPECT_EQ("01 04 00 00 00 ff ff ff ff 00 00 00 00 00 00 00 00", Hex(WrittenBy(writer)));
+}
+
+TEST(BufWriterSlot, FillingBehindAWriteInBetweenGrowsTheArrayToThePosition)
+{
+    CBufWriter writer;
+    writer.ReserveLength(kMiB - 4);
+    writer.WriteRaw(kMiB, std::string(kMiB, 'x').data());
+    EXPECT_EQ(kMiB, writer.GetBuffer()->size());
+    writer.FillLength(4);
+    EXPECT_EQ(kMiB + 8, writer.GetPosition());
+    EXPECT_EQ(2 * kMiB, writer.GetBuffer()->size());
+    EXPECT_EQ("\4\0\0\0"s + std::string(kMiB - 4, 'x') + std::string(8, '\0'), WrittenBy(writer));
 }
 
 TEST(BufWriterSlot, AnotherReservationTakesThePlaceOfTheFirst)
