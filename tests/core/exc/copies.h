@@ -34,6 +34,7 @@ auto Detailed(const Make& make)
 template <class Type>
 void ExpectCopyOf(const exc::exc_base_t& original, const exc::exc_base_t& copy)
 {
+    EXPECT_NE(&original, &copy);
     EXPECT_EQ(typeid(Type), typeid(copy));
     EXPECT_EQ(original.GetFullText(), copy.GetFullText());
     EXPECT_EQ(original.GetPlainText(), copy.GetPlainText());

@@ -1,5 +1,6 @@
 #include "nelvo/core/exc/exc_base.h"
 
+#include <cerrno>
 #include <stdexcept>
 
 #include <gtest/gtest.h>
@@ -170,6 +171,18 @@ TEST(ExcBase, LineAddedAfterTranslationFollowsTheNewTexts)
     EXPECT_STREQ("<A>\nB", e.what());
 }
 
+TEST(ExcBase, DerivedClassesAreTranslatedAsTheBase)
+{
+    bracketing_t translator;
+    posix::errno_exc_t failed("A", ENOENT);
+    failed.Translate(translator);
+    EXPECT_STREQ("<No such file or directory>\n<A>", failed.what());
+    exc::file_locked_exc_t locked("a");
+    locked.Translate(translator);
+    EXPECT_STREQ("<File [a] is locked.>", locked.what());
+    EXPECT_EQ("a", locked.GetFile());
+}
+
 TEST(ExcBase, NamesTheThreadThatBuiltIt)
 {
     EXPECT_EQ(pthread_self(), exc_base_t().GetThreadId());
@@ -213,6 +226,24 @@ TEST(ExcBase, VirtualOperationsFollowWhatInTheirOrder)
     EXPECT_EQ(6u, VtableSlot(&exc_base_t::WriteTo));
     EXPECT_EQ(7u, VtableSlot(&exc_base_t::Translate));
     EXPECT_EQ(8u, VtableSlot(&posix::errno_exc_t::CloneErrno));
+}
+
+TEST(ExcBase, IsAVirtualTableThenLinesTextsTraceAndThread)
+{
+    const exc_base_t e("A");
+    const auto offset_of = [&e](const void* field)
+    {
+        const void* const begin = &e;
+        return static_cast<std::size_t>(static_cast<const char*>(field) - static_cast<const char*>(begin));
+    };
+    constexpr std::size_t kMarkedText = sizeof(void*) + sizeof(std::vector<exc_entry_t>);
+    constexpr std::size_t kPlainText = kMarkedText + sizeof(std::string);
+    constexpr std::size_t kTrace = kPlainText + sizeof(std::string);
+    EXPECT_LT(kMarkedText, offset_of(e.what())) << "a short text stands in its string";
+    EXPECT_GT(kPlainText, offset_of(e.what()));
+    EXPECT_EQ(kPlainText, offset_of(&e.GetPlainText()));
+    EXPECT_EQ(kTrace, offset_of(&e.GetTrace()));
+    EXPECT_EQ(kTrace + sizeof(exc_trace_t) + sizeof(pthread_t), sizeof(exc_base_t));
 }
 
 TEST(ExcBaseBuffer, IsWrittenAsTheRecordedBytes)

@@ -23,6 +23,18 @@ public:
     const char* what() const noexcept override { return nullptr; }
 };
 
+// Has a text of its own for its codes. Boost's base class has no virtual destructor, and needs none.
+#pragma GCC diagnostic push
+#pragma GCC diagnostic ignored "-Wnon-virtual-dtor"
+class other_category_t final : public boost::system::error_category
+{
+public:
+    using error_category::message;
+    const char* name() const noexcept override { return "other"; }
+    std::string message(int /*code*/) const override { return "the category's text"; }
+};
+#pragma GCC diagnostic pop
+
 // Runs the body, adds the context to what it throws, and returns a copy of what comes out as Out; fails
 // the test if something else comes out.
 template <class Out>
@@ -134,11 +146,45 @@ TEST(RethrowWithContext, BoostSystemErrorGivesItsCodeAndTheSystemsText)
     EXPECT_EQ(static_cast<std::uint32_t>(ENOSPC), e.GetErrorCode());
 }
 
+TEST(RethrowWithContext, BoostSystemErrorOfAnyCategoryGetsTheSystemsText)
+{
+    const other_category_t category;
+    const boost::system::system_error error(boost::system::error_code(ENOSPC, category), "lost");
+    const auto e = WithContext<exc::runtime_exc_t>(Throwing(error));
+    EXPECT_STREQ("No space left on device\ncontext %01", e.what());
+    EXPECT_EQ(static_cast<std::uint32_t>(ENOSPC), e.GetErrorCode());
+}
+
 TEST(RethrowWithContext, BoostFilesystemErrorIsASystemErrorAndLosesItsPath)
 {
     const auto e = WithContext<exc::runtime_exc_t>([] { boost::filesystem::space("/nowhere/at/all"); });
     EXPECT_STREQ("No such file or directory\ncontext %01", e.what());
     EXPECT_EQ(static_cast<std::uint32_t>(ENOENT), e.GetErrorCode());
+}
+
+TEST(RethrowWithContext, CallWithoutATraceAddsNone)
+{
+    const auto full_text = [](const std::function<void()>& body)
+    {
+        try
+        {
+            try
+            {
+                body();
+            }
+            catch (std::exception& e)
+            {
+                exc::RethrowWithContext(false, "B", e);
+            }
+        }
+        catch (const exc::exc_base_t& e)
+        {
+            return e.GetFullText();
+        }
+        return std::string("nothing was thrown");
+    };
+    EXPECT_EQ("A\nB", full_text(Throwing(exc::runtime_exc_t("A"))));
+    EXPECT_EQ("A\nB", full_text(Throwing(std::runtime_error("A"))));
 }
 
 TEST(RethrowWithContext, TraceIsMergedIntoEitherKind)

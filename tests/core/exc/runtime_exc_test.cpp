@@ -16,6 +16,11 @@ TEST(RuntimeExc, CodeIsZeroUnlessGiven)
     EXPECT_EQ(0u, runtime_exc_t().GetErrorCode());
     EXPECT_EQ(0u, runtime_exc_t("A").GetErrorCode());
     EXPECT_EQ(0u, runtime_exc_t("%1", 5).GetErrorCode());
+    EXPECT_EQ(0u, runtime_exc_t("%1 %2", 5, 6).GetErrorCode());
+    EXPECT_EQ(0u, runtime_exc_t("%1 %2 %3", 5, 6, 7).GetErrorCode());
+    EXPECT_EQ(0u, runtime_exc_t("%1 %2 %3 %4", 5, 6, 7, 8).GetErrorCode());
+    EXPECT_EQ(0u, runtime_exc_t(L"A").GetErrorCode());
+    EXPECT_EQ(0u, runtime_exc_t(L"%1", 5).GetErrorCode());
     EXPECT_EQ(4294967295u, runtime_exc_t("A", error_code_t{4294967295u}).GetErrorCode());
 }
 
@@ -70,6 +75,12 @@ TEST(RuntimeExc, WideTextIsFormattedAndThenConverted)
     const runtime_exc_t e(L"A", error_code_t{7});
     EXPECT_STREQ("A", e.what());
     EXPECT_EQ(7u, e.GetErrorCode());
+}
+
+TEST(RuntimeExc, WideArgumentThatIsNotNamedIsNotConverted)
+{
+    EXPECT_STREQ("A", runtime_exc_t(L"A", L"\u00e9").what());
+    EXPECT_STREQ("b", runtime_exc_t(L"%2", L"\u00e9", L"b").what());
 }
 
 TEST(RuntimeExc, WideTextOutsideTheLocaleThrowsInstead)
