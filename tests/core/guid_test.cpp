@@ -106,6 +106,15 @@ TEST(Guid, WideTextHasTheSameForm)
     EXPECT_TRUE(Guid::Parse(L"00112233").IsNull());
 }
 
+TEST(Guid, WideParseTakesNoBraceOneBraceOrBoth)
+{
+    const std::wstring bare = L"00112233-4455-6677-8899-aabbccddeeff";
+    for (const std::wstring& text : {bare, L"{" + bare, bare + L"}", L"{" + bare + L"}"})
+        EXPECT_EQ(kText, Guid::Parse(text).ToString());
+    for (const std::wstring& text : {std::wstring(), std::wstring(L"{"), L"{{" + bare + L"}}"})
+        EXPECT_TRUE(Guid::Parse(text).IsNull());
+}
+
 TEST(Guid, WideTextOutsideTheLocaleIsAFailureWhereNarrowTextIsNull)
 {
     EXPECT_EQ("Unicode string cannot be converted to multibyte string. Failed to get buffer size. \n"
@@ -242,6 +251,17 @@ TEST(Guid, ComparesFieldsFromLeftToRightAsUnsigned)
     EXPECT_TRUE(is_greater("00000000-0100-0000-0000-000000000000", "00000000-0001-0000-0000-000000000000"));
     EXPECT_TRUE(is_greater("00000000-0000-0100-0000-000000000000", "00000000-0000-0001-0000-000000000000"));
     EXPECT_TRUE(is_greater("00000000-0000-0000-0100-000000000000", "00000000-0000-0000-0001-000000000000"));
+    EXPECT_TRUE(is_greater("00000000-0000-0000-0000-010000000000", "00000000-0000-0000-0000-00ffffffffff"));
+    EXPECT_TRUE(is_greater("00000000-0000-0000-0000-000000000100", "00000000-0000-0000-0000-0000000000ff"));
+}
+
+TEST(Guid, FirstFieldThatDiffersDecides)
+{
+    const auto is_greater = [](const char* left, const char* right)
+    { return Guid::Parse(left) > Guid::Parse(right); };
+    EXPECT_TRUE(is_greater("00000000-0001-0000-0000-000000000000", "00000000-0000-ffff-ffff-ffffffffffff"));
+    EXPECT_TRUE(is_greater("00000000-0000-0001-0000-000000000000", "00000000-0000-0000-ffff-ffffffffffff"));
+    EXPECT_TRUE(is_greater("00000000-0000-0000-0001-000000000000", "00000000-0000-0000-0000-ffffffffffff"));
 }
 
 TEST(Guid, EqualValuesAreNeitherLessNorGreater)
