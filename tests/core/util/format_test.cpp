@@ -328,6 +328,7 @@ TEST(WideFormat, CharactersOfAnyScriptPass)
 {
     EXPECT_EQ(L"\u20AC \U0001F600", Format(L"\u20AC %1", L"\U0001F600"));
     EXPECT_EQ(L"%\u0661", Format(L"%\u0661", L"a"));
+    EXPECT_EQ(L"%\u0131 \u01251", Format(L"%\u0131 \u01251", L"a")) << "they end like 1 and %";
 }
 
 TEST(WideFormat, ATemplateOfAMebibyteIsFilledInWhole)

@@ -120,8 +120,11 @@ TEST(ParseHex, RefusesWhatDoesNotFit)
     EXPECT_EQ(kTooHuge, HexFailure<std::uint8_t>("100"));
     EXPECT_EQ(kTooHuge, HexFailure<std::int8_t>("0x100"));
     EXPECT_EQ(kTooHuge, HexFailure<std::uint16_t>("10000"));
+    EXPECT_EQ(kTooHuge, HexFailure<std::int16_t>("10000"));
+    EXPECT_EQ(kTooHuge, HexFailure<std::uint32_t>("100000000"));
     EXPECT_EQ(kTooHuge, HexFailure<std::int32_t>("100000000"));
     EXPECT_EQ(kTooHuge, HexFailure<std::uint64_t>("10000000000000000"));
+    EXPECT_EQ(kTooHuge, HexFailure<std::int64_t>("10000000000000000"));
 }
 
 TEST(ParseHex, LeadingZerosAreNoMatter)
@@ -157,6 +160,16 @@ TEST(ParseHex, TheWideFormDoesTheSame)
     EXPECT_EQ("Failed to convert hex-char 'x' ('120') to number", WideHexFailure<std::uint8_t>(L"0x"));
     EXPECT_EQ("Failed to convert hex-char '\xE2\x82\xAC' ('8364') to number",
               WideHexFailure<std::uint8_t>(L"\u20AC"));
+    EXPECT_EQ(0xFE, ParseHex<std::uint8_t>(L"0Xfe"));
+}
+
+// U+0131 ends with the code of 1.
+TEST(ParseHex, WideCharacterThatEndsLikeADigitIsNone)
+{
+    EXPECT_EQ("Failed to convert hex-char '\xC4\xB1' ('305') to number",
+              WideHexFailure<std::uint8_t>(L"\u0131"));
+    EXPECT_EQ("Cannot convert letter '\xC4\xB1' to digit.",
+              FailureText([] { util::DigitFromLetter(L'\u0131'); }));
 }
 
 TEST(ParseHex, WideCharacterThatIsNoUnicodeFailsWithAnotherText)

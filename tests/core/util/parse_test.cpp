@@ -209,6 +209,7 @@ TEST(ParseNumber, WideTextNeedNotBeAscii)
 {
     EXPECT_EQ(12u, util::ParseUnsignedLong(L"12\u20AC"));
     EXPECT_EQ(12, util::ParseLong(L"12\u20AC"));
+    EXPECT_EQ(12, util::ParseLong(L"12\u0133")) << "which ends like 3";
     EXPECT_EQ(NotUnsigned("\xE2\x82\xAC"), FailureText([] { util::ParseUnsignedLong(L"\u20AC"); }));
     EXPECT_EQ(NotSigned("\xE2\x82\xAC"), FailureText([] { util::ParseLong(L"\u20AC"); }));
 }

@@ -82,6 +82,12 @@ TEST(QuotedSplit, TheWideFormDoesTheSame)
               FailureText([] { SplitQuoted(L"'\u20AC"); }));
 }
 
+// U+0120, U+0122 and U+0127 end with the codes of a blank and of the two quotes.
+TEST(QuotedSplit, WideCharactersThatEndLikeABlankOrAQuoteAreNone)
+{
+    EXPECT_THAT(SplitQuoted(L"a\u0120b\u0122c\u0127d"), ElementsAre(L"a\u0120b\u0122c\u0127d"));
+}
+
 TEST(QuotedSplit, WideTextThatIsNoUnicodeFailsWithAnotherText)
 {
     EXPECT_EQ("Unicode string cannot be converted to multibyte UTF8 string.",

@@ -162,6 +162,8 @@ TEST(ComparingNoCase, AZeroCharacterInBothEndsTheComparison)
     EXPECT_TRUE(util::EndsWithNoCase("a\0b"s, "A\0c"s));
     EXPECT_EQ(1, util::FindNoCase("xa\0b"s, "A\0c"s));
     EXPECT_TRUE(util::StartsWithNoCase(L"a\0b"s, L"A\0c"s));
+    EXPECT_TRUE(util::EndsWithNoCase(L"a\0b"s, L"A\0c"s));
+    EXPECT_EQ(1, util::FindNoCase(L"xa\0b"s, L"A\0c"s));
     EXPECT_FALSE(util::StartsWithNoCase("a\0b"s, "Ab"));
 }
 

@@ -22,6 +22,12 @@ TEST(WideToMultibyteThatFailsLate, HasATextOfItsOwn)
               FailureText([] { util::WideToMultibyte(L"abc"); }));
 }
 
+TEST(WideToMultibyteThatFailsLate, GetsTheContextOfAnExceptionToo)
+{
+    EXPECT_EQ("Unicode string cannot be converted to multibyte string.\nUNICODE->ANSI failed",
+              FailureText([] { util::WideToMultibyteForExc(L"abc"); }));
+}
+
 TEST(MultibyteToWideThatFailsLate, HasATextOfItsOwn)
 {
     EXPECT_EQ("Multibyte string cannot be converted to unicode string. Source string: [abc].",
