@@ -23,12 +23,33 @@ std::string FailureAt(int year, int month_from_0, int day, Query query)
     return Thrown<exc::runtime_exc_t>([&] { query(CDateTime(1, true)); });
 }
 
+// What GetFields says of a broken-down time that is right but for what change does.
+std::string FailureOfFields(void (*change)(std::tm&))
+{
+    g_broken_down = {};
+    g_broken_down.tm_year = 124;
+    g_broken_down.tm_mday = 1;
+    change(g_broken_down);
+    return Thrown<exc::runtime_exc_t>([] { CDateTime(1, true).GetFields(); });
+}
+
 } // namespace
 
 extern "C" struct tm* gmtime_r(const time_t*, struct tm* result) noexcept
 {
     *result = g_broken_down;
     return result;
+}
+
+TEST(DateTimeFields, EachIsCastWithACheck)
+{
+    const char* const failure = "Unable to cast value from [i] to [t].";
+    EXPECT_EQ(failure, FailureOfFields([](std::tm& time) { time.tm_year = -1901; }));
+    EXPECT_EQ(failure, FailureOfFields([](std::tm& time) { time.tm_mon = 65535; }));
+    EXPECT_EQ(failure, FailureOfFields([](std::tm& time) { time.tm_mday = -1; }));
+    EXPECT_EQ(failure, FailureOfFields([](std::tm& time) { time.tm_hour = 65536; }));
+    EXPECT_EQ(failure, FailureOfFields([](std::tm& time) { time.tm_min = -1; }));
+    EXPECT_EQ(failure, FailureOfFields([](std::tm& time) { time.tm_sec = 65536; }));
 }
 
 TEST(DateTimeCalendar, MonthAboveElevenIsWrong)
