@@ -1,3 +1,5 @@
+#include <cstdint>
+#include <cstring>
 #include <string>
 
 #include <gtest/gtest.h>
@@ -25,6 +27,21 @@ constexpr const char* kFalseLength = "00 00 40 1f 61";
 constexpr const char* kOutOfBuffer =
     "Out of the buffer, buffer size '5', struct size '524288000', buffer pointer '4'.";
 
+// A blob that the array has and that there is no second room for.
+template <class Array>
+void ExpectNoRoomForBlob()
+{
+    constexpr std::uint32_t kLength = 0x09000000; // 144 MiB, of 256
+    const auto array = boost::make_shared<cnt::plain_array_t>(sizeof(kLength) + kLength);
+    std::memcpy(array->data(), &kLength, sizeof(kLength));
+    CBufReader reader(array);
+    Array blob("old", 3);
+    const little_memory_t little_memory;
+    EXPECT_EQ("std::bad_alloc\nFailed to extract binary content from buffer.",
+              FailureText([&] { reader.ReadBlob(blob); }));
+    EXPECT_EQ("old", BytesOf(blob));
+}
+
 } // namespace
 
 TEST(BufReaderMemory, LengthThatIsNotThereTakesNoMemory)
@@ -37,6 +54,12 @@ TEST(BufReaderMemory, LengthThatIsNotThereTakesNoMemory)
     EXPECT_EQ(blob_failure, Failure(kFalseLength, [&](CBufReader& reader) { reader.ReadBlob(plain); }));
     cnt::secure_array_t secure;
     EXPECT_EQ(blob_failure, Failure(kFalseLength, [&](CBufReader& reader) { reader.ReadBlob(secure); }));
+}
+
+TEST(BufReaderMemory, BlobWithoutRoomForItIsToldWithItsContextAndLeavesTheTarget)
+{
+    ExpectNoRoomForBlob<cnt::plain_array_t>();
+    ExpectNoRoomForBlob<cnt::secure_array_t>();
 }
 
 TEST(BufReaderMemory, CountOfAnExceptionThatIsNotThereTakesNoMemory)
