@@ -30,6 +30,20 @@ public:
     std::string filter_line(std::string_view text) override { return "filtered " + std::string(text); }
 };
 
+class hooked_filter_t : public line_filter_t
+{
+public:
+    explicit hooked_filter_t(std::function<void()> hook) : m_hook(std::move(hook)) {}
+    std::string filter_line(std::string_view text) override
+    {
+        m_hook();
+        return std::string(text);
+    }
+
+private:
+    std::function<void()> m_hook;
+};
+
 class throwing_filter_t : public line_filter_t
 {
 public:
@@ -88,6 +102,41 @@ private:
     std::function<void()> m_parting;
 };
 
+// A call on a thread of its own.
+class other_call_t
+{
+public:
+    explicit other_call_t(std::function<void()> call) : m_call(std::move(call)) {}
+    other_call_t(const other_call_t&) = delete;
+    other_call_t& operator=(const other_call_t&) = delete;
+    ~other_call_t()
+    {
+        if (m_thread.joinable())
+            m_thread.join();
+    }
+
+    // Begins it; whether it stands still.
+    bool Waits()
+    {
+        m_thread = std::thread(
+            [this]
+            {
+                m_called = true;
+                m_call();
+                m_returned = true;
+            });
+        for (int turns = 0; turns != 1000 && !m_returned; turns += m_called ? 1 : 0)
+            std::this_thread::yield();
+        return !m_returned;
+    }
+
+private:
+    std::function<void()> m_call;
+    std::atomic<bool> m_called{false};
+    std::atomic<bool> m_returned{false};
+    std::thread m_thread;
+};
+
 class Log : public ::testing::Test
 {
 protected:
@@ -99,26 +148,10 @@ protected:
     // Whether another thread's call stands still as long as the receiver writes.
     bool WaitsForTheMessage(const std::function<void()>& call)
     {
-        std::atomic<bool> called{false};
-        std::atomic<bool> returned{false};
-        std::thread caller;
+        other_call_t other(call);
         bool waits = false;
-        m_receiver->set_hook(
-            [&]
-            {
-                caller = std::thread(
-                    [&]
-                    {
-                        called = true;
-                        call();
-                        returned = true;
-                    });
-                for (int turns = 0; turns != 1000 && !returned; turns += called ? 1 : 0)
-                    std::this_thread::yield();
-                waits = !returned;
-            });
+        m_receiver->set_hook([&] { waits = other.Waits(); });
         Write("a");
-        caller.join();
         m_receiver->set_hook({});
         return waits;
     }
@@ -418,12 +451,23 @@ TEST_F(Log, WhatIsSharedWaitsForTheMessage)
     EXPECT_TRUE(WaitsForTheMessage([this] { m_log.get_log_path(); }));
 }
 
+TEST_F(Log, WhatIsSharedWaitsForTheFormattingToo)
+{
+    other_call_t other([this] { m_log.get_receiver(); });
+    bool waits = false;
+    m_log.set_line_filter(boost::make_shared<hooked_filter_t>([&] { waits = other.Waits(); }));
+    Write("a");
+    EXPECT_TRUE(waits);
+    EXPECT_EQ("tag    | a\n", Written());
+}
+
 TEST(ProcessLog, IsOneObjectWithoutReceiver)
 {
     EXPECT_EQ(logging::GetProcessLog(), logging::GetProcessLog());
     EXPECT_EQ(nullptr, logging::GetProcessLog()->get_receiver());
     EXPECT_EQ(0, logging::GetProcessLog()->get_mode());
     EXPECT_FALSE(logging::GetProcessLog()->is_mask_sensitive());
+    EXPECT_EQ(nullptr, logging::GetProcessLog()->get_line_filter());
 }
 
 TEST_F(Log, FilterMayReplaceItself)
