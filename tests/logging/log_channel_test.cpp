@@ -249,6 +249,16 @@ TEST_F(LogChannel, FailureOfTheReceiverIsNotTheCallersConcern)
     EXPECT_EQ("", Written());
 }
 
+TEST_F(LogChannel, OtherExceptionsPass)
+{
+    m_receiver->set_hook([] { throw 42; });
+    EXPECT_THROW(m_channel.info("a"), int);
+    EXPECT_THROW(m_channel.warning_exc(m_ours, "a"), int);
+    EXPECT_THROW(m_channel.error_exc(m_ours), int);
+    m_receiver->set_hook({});
+    EXPECT_EQ("", Written());
+}
+
 TEST_F(LogChannel, WarningExcGivesMessageAndCause)
 {
     m_channel.warning_exc(m_ours, "text");
@@ -330,6 +340,19 @@ TEST_F(LogChannel, ErrorExcWithoutTextOfTheException)
     EXPECT_EQ("ERR |text\n" + m_na_line, Written());
 }
 
+TEST_F(LogChannel, EmptyTextOfAnExceptionIsATextLikeOthers)
+{
+    const std::string thread_line = ThreadLine(::pthread_self());
+    m_channel.warning_exc(exc::runtime_exc_t());
+    EXPECT_EQ("WARN|\n", Written());
+    m_channel.warning_exc(exc::runtime_exc_t(), "text");
+    EXPECT_EQ("WARN|text\n", Written());
+    m_channel.error_exc(exc::runtime_exc_t());
+    EXPECT_EQ("ERR |\n" + thread_line, Written());
+    m_channel.error_exc(exc::runtime_exc_t(), "text");
+    EXPECT_EQ("ERR |text\n>>  |\n" + thread_line, Written());
+}
+
 TEST_F(LogChannel, FailureOfManyLinesIsOneMessage)
 {
     exc::runtime_exc_t exception("first");
@@ -408,6 +431,25 @@ TEST_F(LogChannel, DebugIndentAndMaskNeedNoLock)
                     m_channel.debug("%1", 1);
                     m_channel.get_indent();
                     m_channel.mask("secret");
+                })
+                .join();
+        });
+    m_channel.info(flat, "a");
+    EXPECT_EQ("a\n", Written());
+}
+
+// A text that cannot be formed does not come to the lock.
+TEST_F(LogChannel, FormingNeedsNoLock)
+{
+    m_receiver->set_hook(
+        [this]
+        {
+            std::thread(
+                [this]
+                {
+                    m_channel.info(kBadWide);
+                    m_channel.warning(L"%1", kBadWide);
+                    m_channel.error_exc(m_ours, kBadWide);
                 })
                 .join();
         });

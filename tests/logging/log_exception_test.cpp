@@ -78,6 +78,15 @@ TEST_F(LogException, ExceptionWithoutTextIsAnEmptyError)
     EXPECT_EQ("       | ERR |\n", Written());
 }
 
+TEST_F(LogException, OtherExceptionsPass)
+{
+    m_receiver->set_hook([] { throw 42; });
+    EXPECT_THROW(logging::log_exception(m_exception), int);
+    EXPECT_THROW(logging::log_exception(m_exception, "text"), int);
+    m_receiver->set_hook({});
+    EXPECT_EQ("", Written());
+}
+
 TEST_F(LogException, IsNotIndented)
 {
     logging::GetProcessLog()->raise_indent();
