@@ -4,6 +4,7 @@
 #include <gtest/gtest.h>
 
 #include "nelvo/logging/log.h"
+#include "tests/support/failing_memory.h"
 #include "tests/support/lines_receiver.h"
 
 namespace
@@ -75,4 +76,12 @@ TEST_F(Channels, DbgNeverReachesTheProcessLog)
     EXPECT_EQ("secret", channels::dbg.mask("secret"));
     EXPECT_EQ("****", channels::cli.mask("secret"));
     logging::GetProcessLog()->set_mask_sensitive(false);
+}
+
+// Only the lack of memory for its lines tells of a message that goes nowhere.
+TEST_F(Channels, DbgFormsItsLinesInFull)
+{
+    FailNextAllocation();
+    channels::dbg.info("longer than what a string holds without memory");
+    EXPECT_TRUE(HasAllocationFailed());
 }
