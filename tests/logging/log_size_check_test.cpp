@@ -77,6 +77,15 @@ TEST_F(SizeCheck, IsOffUnlessAskedFor)
     EXPECT_EQ(0, m_checks);
 }
 
+TEST_F(SizeCheck, IsOffInTheProcessLogToo)
+{
+    logging::GetProcessLog()->set_receiver(m_receiver);
+    for (int i = 0; i != 2000; ++i)
+        logging::channels::default_log.info("a");
+    EXPECT_EQ(0, m_checks);
+    logging::GetProcessLog()->set_receiver({});
+}
+
 TEST_F(SizeCheck, DoesNotCountWhileOff)
 {
     Write(999);
