@@ -195,6 +195,8 @@ TEST_F(LineFormat, LineEndIsTheReceivers)
 {
     EXPECT_EQ(Head() + "agentid| a\r\n" + Head() + "agentid| b\r\n",
               format_lines(m_format, 0, 2, 0, "\r\n", "a\nb", nullptr));
+    EXPECT_EQ(LabelHead() + "Info     a\r\n" + LabelHead() + "Info     b\r\n",
+              format_lines(m_format, 1, 2, 0, "\r\n", "a\nb", nullptr));
 }
 
 TEST_F(LineFormat, FilterGetsTheTextOfEachLineAlone)
