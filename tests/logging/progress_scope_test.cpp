@@ -224,6 +224,32 @@ TEST_F(Scopes, CloseWithFormsItsTextWhenItIsTooLateToo)
     EXPECT_EQ("", Written());
 }
 
+TEST_F(ProgressScope, CloseOkFormsItsTextWhenItIsTooLateToo)
+{
+    progress_scope_t scope(true, m_channel, "longer than what a string holds without memory");
+    scope.close_quietly();
+    FailNextAllocation();
+    EXPECT_THROW(scope.close_ok(), std::bad_alloc);
+    EXPECT_EQ("", Written());
+}
+
+TEST_F(Scopes, StayOpenIfTheirLastTextCannotBeFormed)
+{
+    const std::string text = "longer than what a string holds without memory";
+    progress_scope_t scope(m_channel, text);
+    quiet_progress_scope_t quiet(m_channel, "b");
+    FailNextAllocation();
+    EXPECT_THROW(quiet.close_with("%1", text), std::bad_alloc);
+    FailNextAllocation();
+    EXPECT_THROW(scope.close_with("%1", text), std::bad_alloc);
+    FailNextAllocation();
+    EXPECT_THROW(scope.close_ok(), std::bad_alloc);
+    EXPECT_EQ(1, m_channel.get_indent());
+    quiet.close_with("c");
+    scope.close_with("d");
+    EXPECT_EQ("agentid| " + text + "\nagentid|   c\nagentid| d\n", Written());
+}
+
 TEST_F(ProgressScope, ClosedScopeEndsWithoutALine)
 {
     {
@@ -305,6 +331,16 @@ TEST_F(ProgressScope, WorksOnALogThatFails)
         EXPECT_EQ(1, m_channel.get_indent());
     }
     EXPECT_EQ(0, m_channel.get_indent());
+}
+
+TEST_F(QuietProgressScope, WorksOnALogThatFails)
+{
+    m_receiver->set_hook([] { throw exc::runtime_exc_t("disk full"); });
+    {
+        const quiet_progress_scope_t scope(m_channel, "a");
+    }
+    m_receiver->set_hook({});
+    EXPECT_EQ("", Written());
 }
 
 TEST_F(ProgressScope, WithoutMemoryForItTheClosingLineIsDropped)
