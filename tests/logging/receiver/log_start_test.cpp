@@ -226,12 +226,32 @@ TEST_F(LogStart, SetsAndClearsTheDebugFlag)
     logging::start_log("a.log", false, false, false);
 }
 
+TEST_F(LogStart, DebugFlagIsSetAlthoughThereIsNoLog)
+{
+    ASSERT_EQ(0, ::mkfifo("fifo", 0600));
+    logging::start_log("fifo", true, false, false);
+    EXPECT_TRUE(logging::is_debug_log());
+    logging::start_log("fifo", false, false, false);
+    EXPECT_FALSE(logging::is_debug_log());
+}
+
 TEST_F(LogStart, OpenSetsTheMaskFlag)
 {
     EXPECT_TRUE(logging::open_log({}, true, false));
     EXPECT_TRUE(m_log->is_mask_sensitive());
     EXPECT_TRUE(logging::open_log({}, false, false));
     EXPECT_FALSE(m_log->is_mask_sensitive());
+}
+
+TEST_F(LogStart, OpenReplacesTheReceiverBeforeItSetsTheMaskFlag)
+{
+    lines_receiver_t old;
+    bool masked = true;
+    const auto note = [&](lines_receiver_t*) { masked = m_log->is_mask_sensitive(); };
+    m_log->set_receiver(logging::log_t::receiver_ptr_t(&old, note));
+    EXPECT_TRUE(logging::open_log({}, true, false));
+    EXPECT_FALSE(masked);
+    EXPECT_TRUE(m_log->is_mask_sensitive());
 }
 
 TEST_F(LogStart, OpenWithoutReceiverLeavesTheLogAsItWas)
@@ -283,6 +303,13 @@ TEST_F(LogParams, PathsAreAppended)
     EXPECT_EQ(kParsing, m_captured.text());
 }
 
+TEST_F(LogParams, PathsThatWereThereBeforeDoNotCount)
+{
+    paths_t paths = {"before"};
+    EXPECT_FALSE(logging::parse_log_params("cout,+x", paths));
+    EXPECT_EQ((paths_t{"before"}), paths);
+}
+
 TEST_F(LogParams, KeywordsAndSignsArePassedOver)
 {
     EXPECT_EQ(":[a.log]", Parsed("a.log,+x,-y,flush"));
@@ -323,6 +350,15 @@ TEST_F(LogParams, PathThatCannotBeUnpackedLeavesThoseBeforeIt)
     paths_t paths = {"before"};
     EXPECT_THROW(logging::parse_log_params("a.log,my_log.log", paths), exc::runtime_exc_t);
     EXPECT_EQ((paths_t{"before", "a.log"}), paths);
+}
+
+TEST_F(LogParams, PathThatCannotBeUnpackedLeavesTheKeywordsBeforeIt)
+{
+    paths_t paths;
+    EXPECT_THROW(logging::parse_log_params("my_log.log,debug", paths), exc::runtime_exc_t);
+    EXPECT_FALSE(logging::is_debug_log());
+    EXPECT_THROW(logging::parse_log_params("debug,my_log.log", paths), exc::runtime_exc_t);
+    EXPECT_TRUE(logging::is_debug_log());
 }
 
 TEST_F(LogParams, FirstLineIsFlushed)
@@ -392,6 +428,15 @@ TEST_F(LogParams, SafeStartPrintsTheFailureRightBehindTheComma)
 }
 
 TEST_F(LogParams, SafeStartIsTheSameOtherwise)
+{
+    logging::start_log_from_params_safe("a.log", true);
+    Log("a");
+    EXPECT_EQ(std::string(kParsing) + "LOG: a.log\n", m_captured.text());
+    EXPECT_EQ("vhd    | a\n", WithoutHeads(ReadFile("a.log")));
+    EXPECT_TRUE(m_log->is_mask_sensitive());
+}
+
+TEST_F(LogParams, SafeStartOpensNoLogForKeywordsAlone)
 {
     logging::start_log_from_params_safe("flush", false);
     EXPECT_EQ(std::string(kParsing) + kDisabled, m_captured.text());
