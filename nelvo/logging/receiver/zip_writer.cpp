@@ -67,14 +67,16 @@ catch (std::exception& e)
     exc::RethrowWithContext(false, Format("Cannot add data to the GZ archive [%1].", m_name), e);
 }
 
+// No bytes are a piece too: zlib is asked about them, and may answer with an earlier failure.
 void zip_writer_t::AddInPieces(const char* bytes, unsigned length)
 {
-    for (unsigned done = 0; done != length;)
+    unsigned done = 0;
+    do
     {
         const unsigned piece = std::min(kPiece, length - done);
         Add(bytes + done, piece);
         done += piece;
-    }
+    } while (done != length);
 }
 
 // A refusal that zlib does not put down to the system loses the data, and nobody is told.

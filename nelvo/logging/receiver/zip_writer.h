@@ -25,8 +25,8 @@ public:
 
     // Adds data, of which much may stay in memory until the archive is completed; the caller's bytes are not
     // needed any more, whatever comes of it. Throws posix::errno_exc_t with the context "Cannot add data to
-    // the GZ archive [<name>]." if the system fails. Data that zlib refuses for a reason of its own, such as
-    // 2^31 bytes and more at once, is lost without a word.
+    // the GZ archive [<name>]." if the system fails, or has failed in an earlier write. Data that zlib
+    // refuses for a reason of its own, such as 2^31 bytes and more at once, is lost without a word.
     void write(const void* bytes, unsigned length);
 
 private:

@@ -92,6 +92,11 @@ TEST_F(ZipWriter, GzipReadsWhatWasWritten)
     EXPECT_EQ("", Reported());
 }
 
+TEST_F(ZipWriter, HoldsTheNameAndTheArchive)
+{
+    EXPECT_EQ(sizeof(std::string) + sizeof(void*), sizeof(util::zip_writer_t));
+}
+
 TEST_F(ZipWriter, ArchiveOfNothingIsWhole)
 {
     ArchiveNothing(m_name);
@@ -168,6 +173,14 @@ TEST_F(ZipWriter, SystemFailureToAddNamesTheArchive)
     EXPECT_EQ("       | ERR |Cannot close GZ archive [/dev/full].\n"
               "       | ERR |Error code: -1\n",
               Reported());
+}
+
+TEST_F(ZipWriter, NothingIsAddedBehindASystemFailureWithoutAnother)
+{
+    util::zip_writer_t writer("/dev/full", 9);
+    EXPECT_THROW(Add(writer, Noise(kMebibyte)), posix::errno_exc_t);
+    EXPECT_THROW(Add(writer, "more"), posix::errno_exc_t);
+    EXPECT_THROW(Add(writer, ""), posix::errno_exc_t);
 }
 
 // The disk is full for a moment only, and the data's memory is gone by the time the archive is closed.
