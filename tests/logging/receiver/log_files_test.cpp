@@ -4,24 +4,31 @@
 #include <csignal>
 #include <fcntl.h>
 #include <filesystem>
+#include <functional>
 #include <memory>
 #include <sys/file.h>
 #include <sys/resource.h>
 #include <sys/stat.h>
 #include <unistd.h>
+#include <utility>
 
+#include <boost/make_shared.hpp>
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include "nelvo/context/common_lib_ctx.h"
 #include "nelvo/core/exc/errno_exc.h"
-#include "nelvo/core/exc/file_locked_exc.h"
 #include "nelvo/core/exc/runtime_exc.h"
+#include "nelvo/core/util/str.h"
+#include "nelvo/fs/access_permissions.h"
 #include "nelvo/logging/receiver/posix_log_file.h"
+#include "tests/support/failing_memory.h"
 #include "tests/support/file_mask.h"
 #include "tests/support/gz.h"
 #include "tests/support/private_disk.h"
 #include "tests/support/stdout_capture.h"
 #include "tests/support/temp_folder.h"
+#include "tests/support/thrown.h"
 
 using logging::receiver::create_file_log;
 using logging::receiver::create_test;
@@ -37,6 +44,9 @@ namespace fs = std::filesystem;
 
 namespace
 {
+
+// Holds in all of this program, whatever file a case stands in.
+[[maybe_unused]] const bool g_errno_changes = ChangeErrnoWithMemory();
 
 constexpr std::size_t kLimit = 15728639;
 
@@ -76,19 +86,42 @@ names_t NamesIn(const std::string& folder)
     return names;
 }
 
-template <class Call>
-std::string Failure(Call call)
+// Answers in its own way when it is asked about one path, and allows all others.
+class path_permissions_t : public security::IFilesAccessPermissions
 {
-    try
+public:
+    path_permissions_t(const std::string& path, std::function<void()> answer)
+        : m_path(path), m_answer(std::move(answer))
     {
-        call();
     }
-    catch (const exc::exc_base_t& e)
+    void CheckAccess(const util::str_t& path) override
     {
-        return e.what();
+        if (path.narrow() == m_path)
+            m_answer();
     }
-    return "no failure";
-}
+
+private:
+    std::string m_path;
+    std::function<void()> m_answer;
+};
+
+// While one lives, asking about the path is answered so.
+class path_answer_t
+{
+public:
+    path_answer_t(const std::string& path, std::function<void()> answer)
+    {
+        GetCommonLibCtx()->SetFilesAccessPermissions(
+            boost::make_shared<path_permissions_t>(path, std::move(answer)));
+    }
+    ~path_answer_t() { GetCommonLibCtx()->SetFilesAccessPermissions(m_before); }
+    path_answer_t(const path_answer_t&) = delete;
+    path_answer_t& operator=(const path_answer_t&) = delete;
+
+private:
+    const boost::shared_ptr<security::IFilesAccessPermissions> m_before =
+        GetCommonLibCtx()->GetFilesAccessPermissions();
+};
 
 // The folder /tmp is this process's own.
 class LogFiles : public ::testing::Test
@@ -101,7 +134,7 @@ protected:
 
     static std::string CreateTestFailure(const std::string& path)
     {
-        return Failure([&] { create_test(path); });
+        return Thrown<posix::errno_exc_t>([&] { create_test(path); });
     }
 
     std::string Printed() const { return m_captured.text(); }
@@ -234,7 +267,26 @@ TEST_F(LogFiles, FirstPathThatCanBeUsedIsPicked)
 
 TEST_F(LogFiles, WithoutAPathNoneIsPicked)
 {
-    EXPECT_EQ("Log paths list is empty.", Failure([] { pick_log_path({}); }));
+    EXPECT_EQ("Log paths list is empty.", Thrown<exc::runtime_exc_t>([] { pick_log_path({}); }));
+}
+
+TEST_F(LogFiles, RefusedPathIsPassedOverUntouched)
+{
+    const path_answer_t refused(m_file, [] { throw exc::runtime_exc_t("refused"); });
+    EXPECT_EQ(m_folder / "b.log", pick_log_path({m_file, m_folder / "b.log"}));
+    EXPECT_EQ("/tmp/NelvoBackup/file", PathOf(reopen_file_log(m_file)));
+    EXPECT_FALSE(fs::exists(m_file));
+    EXPECT_EQ("", Printed());
+}
+
+TEST_F(LogFiles, OnlyStandardExceptionsAreFailures)
+{
+    const path_answer_t odd(m_file, [] { throw 1; });
+    EXPECT_THROW(pick_log_path({m_file, m_folder / "b.log"}), int);
+    EXPECT_THROW(create_file_log({m_file, m_folder / "b.log"}), int);
+    EXPECT_THROW(reopen_file_log(m_file), int);
+    EXPECT_FALSE(fs::exists(m_folder / "b.log"));
+    EXPECT_EQ("", Printed());
 }
 
 TEST_F(LogFiles, FirstNameUnderTheBackupFolderStandsInForAll)
@@ -271,7 +323,7 @@ TEST_F(LogFiles, FallbackIsAskedForInsideAHandler)
     {
         EXPECT_EQ("/tmp/NelvoBackup/x.log", fallback_log_path("/a/b/x.log"));
         EXPECT_EQ("/tmp/NelvoBackup/x.log", fallback_log_path("x.log"));
-        EXPECT_EQ("in flight", Failure([] { fallback_log_path(""); }));
+        EXPECT_EQ("in flight", Thrown<exc::runtime_exc_t>([] { fallback_log_path(""); }));
     }
     EXPECT_EQ(0755u, Mode("/tmp/NelvoBackup"));
 }
@@ -280,7 +332,7 @@ TEST_F(LogFiles, FallbackNeedsItsFolder)
 {
     fs::create_symlink("no/such", "/tmp/NelvoBackup");
     EXPECT_EQ("File exists\nFailed to create directory '/tmp/NelvoBackup'",
-              Failure([] { fallback_log_path("x.log"); }));
+              Thrown<posix::errno_exc_t>([] { fallback_log_path("x.log"); }));
 }
 
 TEST_F(LogFiles, UnlockedFileIsOpenedUnderItsName)
@@ -310,7 +362,7 @@ TEST_F(LogFiles, OtherFailureThanALockEndsTheSearch)
     ASSERT_TRUE(fs::create_directory(m_folder / "a.1.log"));
     std::string real_path = "as it was";
     EXPECT_EQ("Is a directory\nPOSIX: Failed to create or open file [" + m_folder / "a.1.log" + "].",
-              Failure([&] { open_unlocked_log_file(m_folder / "a.log", real_path); }));
+              Thrown<posix::errno_exc_t>([&] { open_unlocked_log_file(m_folder / "a.log", real_path); }));
     EXPECT_EQ("as it was", real_path);
 }
 
@@ -320,7 +372,7 @@ TEST_F(LogFiles, NumberThatMakesTheNameTooLongEndsTheSearch)
     const locked_file_t locked(m_folder / name);
     std::string real_path;
     EXPECT_EQ("File name too long\nPOSIX: Failed to create or open file [" + m_folder / name + ".1.log].",
-              Failure([&] { open_unlocked_log_file(m_folder / name, real_path); }));
+              Thrown<posix::errno_exc_t>([&] { open_unlocked_log_file(m_folder / name, real_path); }));
 }
 
 TEST_F(LogFiles, ThousandNamesAreTried)
@@ -339,7 +391,7 @@ TEST_F(LogFiles, ThousandNamesAreTried)
     const receiver_ptr_t last = open_unlocked_log_file(m_folder / "a.log", real_path);
     EXPECT_EQ(m_folder / "a.999.log", real_path);
     EXPECT_EQ("All log files are locked.",
-              Failure([&] { open_unlocked_log_file(m_folder / "a.log", real_path); }));
+              Thrown<exc::runtime_exc_t>([&] { open_unlocked_log_file(m_folder / "a.log", real_path); }));
     EXPECT_EQ(m_folder / "a.999.log", real_path);
     EXPECT_EQ(nullptr, create_file_log({m_folder / "a.log"}));
     EXPECT_EQ("Failed to initialize log [" + m_folder / "a.log" + "].\nAll log files are locked.\n",
