@@ -18,6 +18,7 @@
 #include <gtest/gtest.h>
 
 #include "count_anew.h"
+#include "nelvo/core/exc/errno_exc.h"
 #include "nelvo/core/exc/exc_base.h"
 #include "nelvo/core/exc/runtime_exc.h"
 #include "nelvo/logging/log.h"
@@ -31,6 +32,7 @@
 #include "tests/support/private_disk.h"
 #include "tests/support/stdout_capture.h"
 #include "tests/support/temp_folder.h"
+#include "tests/support/thrown.h"
 
 using logging::receiver::validate_log_size;
 using posix::posix_log_file_t;
@@ -66,6 +68,14 @@ private:
     std::uint64_t m_size;
 };
 
+// Throws what is no std::exception.
+class odd_receiver_t : public sized_receiver_t
+{
+public:
+    using sized_receiver_t::sized_receiver_t;
+    std::uint64_t get_size() const override { throw 1; }
+};
+
 std::string Mark(int number) { return "rotation " + std::to_string(number) + "\n"; }
 
 class Rotation : public ::testing::Test
@@ -93,20 +103,17 @@ protected:
     }
 
     // What a rotation says that fails.
+    template <class Exception>
     static std::string Failure(logging::receiver::log_file_t& log)
     {
-        try
-        {
-            validate_log_size(log);
-        }
-        catch (const exc::exc_base_t& e)
-        {
-            return e.what();
-        }
-        return "no failure";
+        return Thrown<Exception>([&] { validate_log_size(log); });
     }
 
-    std::string Failure() { return Failure(*m_log); }
+    template <class Exception>
+    std::string Failure()
+    {
+        return Failure<Exception>(*m_log);
+    }
 
     // The names in the folder but the log's own, sorted.
     names_t Archives() const
@@ -314,7 +321,14 @@ TEST_F(Rotation, KeepsTheFileLockedThroughout)
 TEST_F(Rotation, FailureToFindTheSizeNamesTheLog)
 {
     sized_receiver_t log("/x/a%1.log", 0);
-    EXPECT_EQ("no size\nUnable to validate log size limit. Log path: [/x/a%1.log].", Failure(log));
+    EXPECT_EQ("no size\nUnable to validate log size limit. Log path: [/x/a%1.log].",
+              Failure<exc::runtime_exc_t>(log));
+}
+
+TEST_F(Rotation, WhatIsNoStandardExceptionPassesAsItIs)
+{
+    odd_receiver_t log("/x/a.log", 0);
+    EXPECT_THROW(validate_log_size(log), int);
 }
 
 TEST_F(Rotation, FailureToAgeLeavesTheLog)
@@ -329,7 +343,7 @@ TEST_F(Rotation, FailureToAgeLeavesTheLog)
                   "]. Extension: [.log.gz]. Ages limit: [10].\n"
                   "Unable to validate log size limit. Log path: [" +
                   m_folder / "a.log" + "].",
-              Failure());
+              Failure<exc::runtime_exc_t>());
     EXPECT_EQ(kLimit + 1, m_log->get_size());
     EXPECT_EQ("9", Read("a.9.log.gz"));
     EXPECT_THAT(Archives(), ElementsAre("a.10.log.gz", "a.9.log.gz"));
@@ -348,9 +362,9 @@ TEST_F(Rotation, FailureToOpenTheArchiveHasAgedTheOthers)
                                 "].\n"
                                 "Unable to validate log size limit. Log path: [" +
                                 m_folder / "a.log" + "].";
-    EXPECT_EQ(failure, Failure());
+    EXPECT_EQ(failure, Failure<posix::errno_exc_t>());
     EXPECT_THAT(Archives(), ElementsAre("a.2.log.gz", "a.log.gz"));
-    EXPECT_EQ(failure, Failure());
+    EXPECT_EQ(failure, Failure<posix::errno_exc_t>());
     EXPECT_THAT(Archives(), ElementsAre("a.3.log.gz", "a.log.gz"));
     EXPECT_EQ("1", Read("a.3.log.gz"));
     EXPECT_EQ(kLimit + 1, m_log->get_size());
@@ -378,7 +392,7 @@ TEST_F(Rotation, NameThatIsTooLongForAnArchiveFailsToAge)
                   ".gz]. Extension: [.log.gz]. Ages limit: [10].\n"
                   "Unable to validate log size limit. Log path: [" +
                   m_folder / name + "].",
-              Failure());
+              Failure<exc::runtime_exc_t>());
     EXPECT_EQ(kLimit + 1, m_log->get_size());
 }
 
@@ -422,14 +436,14 @@ TEST_F(RotationOnAFullDisk, FailedCopyCutsNothing)
                                 "].\n"
                                 "Unable to validate log size limit. Log path: [" +
                                 m_folder / "a.log" + "].";
-    EXPECT_EQ(failure, Failure());
+    EXPECT_EQ(failure, Failure<posix::errno_exc_t>());
     EXPECT_TRUE(content == Read("a.log"));
     EXPECT_EQ(ClosingFailure(), Reported());
 
     // The second of the mebibytes finds no room, so the next text stands over the third.
     m_log->write("new\n");
     EXPECT_TRUE(content.replace(2 * kMebibyte, 4, "new\n") == Read("a.log"));
-    EXPECT_EQ(failure, Failure());
+    EXPECT_EQ(failure, Failure<posix::errno_exc_t>());
     EXPECT_TRUE(content == Read("a.log"));
 }
 
@@ -440,7 +454,7 @@ TEST_F(RotationOnAFullDisk, ArchiveThatFailsAtItsEndLosesTheLog)
     const private_disk_t disk(m_folder.path(), 8192);
     Open("a.log");
     ASSERT_EQ(0, ::truncate((m_folder / "a.log").c_str(), kLimit + 1));
-    EXPECT_EQ("no failure", Failure());
+    EXPECT_NO_THROW(Rotate());
     EXPECT_EQ(0u, m_log->get_size());
     EXPECT_EQ(8192u, fs::file_size(m_folder / "a.log.gz"));
     EXPECT_EQ(ClosingFailure(), Reported());
