@@ -1,5 +1,7 @@
 #include "nelvo/logging/receiver/debug_log.h"
 
+#include <iostream>
+
 #include <boost/make_shared.hpp>
 #include <gtest/gtest.h>
 
@@ -18,13 +20,24 @@ TEST(DebugLog, HasNoPathAndNoSize)
     EXPECT_EQ(0u, receiver.get_size());
 }
 
+TEST(DebugLog, HasNoFieldsOfItsOwn)
+{
+    EXPECT_EQ(sizeof(logging::receiver::log_file_t), sizeof(logging::receiver::COutputDebugStringLog));
+}
+
 TEST(DebugLog, SwallowsMessages)
 {
     const stdout_capture_t captured;
+    std::stringbuf errors;
+    std::streambuf* const cerr_before = std::cerr.rdbuf(&errors);
+    std::streambuf* const clog_before = std::clog.rdbuf(&errors);
     const auto log =
         boost::make_shared<logging::log_t>(boost::make_shared<logging::receiver::COutputDebugStringLog>());
     logging::log_channel_t("dbg", log).error("text");
+    std::cerr.rdbuf(cerr_before);
+    std::clog.rdbuf(clog_before);
     EXPECT_EQ("", captured.text());
+    EXPECT_EQ("", errors.str());
 }
 
 TEST(DebugLog, HasNothingToCompress)

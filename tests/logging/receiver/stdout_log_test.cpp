@@ -55,6 +55,11 @@ TEST(StdoutLog, HasNoPathAndNoSize)
     EXPECT_EQ(0u, receiver->get_size());
 }
 
+TEST(StdoutLog, HasNoFieldsOfItsOwn)
+{
+    EXPECT_EQ(sizeof(logging::receiver::log_file_t), sizeof(logging::receiver::stdout_log_file_t));
+}
+
 TEST(StdoutLog, HasNothingToCompress)
 {
     const temp_folder_t folder;
