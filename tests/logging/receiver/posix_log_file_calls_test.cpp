@@ -136,6 +136,14 @@ TEST_F(PosixLogFileCalls, FailedLockNamesTheFile)
     EXPECT_EQ(Lock() + "close\n", g_calls.text);
 }
 
+TEST_F(PosixLogFileCalls, InterruptedLockIsNotTriedAgain)
+{
+    g_calls.lock_error = EINTR;
+    EXPECT_EQ("Interrupted system call\nFailed to lock file [" + m_name + "].",
+              LockFailure<posix::errno_exc_t>());
+    EXPECT_EQ(Lock() + "close\n", g_calls.text);
+}
+
 TEST_F(PosixLogFileCalls, ErrnoOfAFailedLockIsReadAfterTheClose)
 {
     g_calls.lock_error = EWOULDBLOCK;

@@ -43,6 +43,20 @@ bool IsLocked(const std::string& path)
     return locked;
 }
 
+// A log whose name and line end have been changed behind its back.
+class changed_log_t : public posix_log_file_t
+{
+public:
+    explicit changed_log_t(const std::string& name) : posix_log_file_t(name), m_first_path(m_path)
+    {
+        m_path = "changed";
+        m_eol = "\r\n";
+    }
+
+    // Under which name it was made.
+    const std::string m_first_path;
+};
+
 class PosixLogFile : public ::testing::Test
 {
 protected:
@@ -88,6 +102,19 @@ protected:
 };
 
 } // namespace
+
+TEST_F(PosixLogFile, AddsTheFileAndNothingElse)
+{
+    EXPECT_EQ(sizeof(logging::receiver::log_file_t) + sizeof(posix_file_ptr_t), sizeof(posix_log_file_t));
+}
+
+TEST_F(PosixLogFile, KeepsItsNameAndTellsTheFiles)
+{
+    const changed_log_t log(m_name);
+    EXPECT_EQ(m_name, log.m_first_path);
+    EXPECT_EQ(m_name, log.get_path());
+    EXPECT_EQ("\r\n", log.get_eol());
+}
 
 TEST_F(PosixLogFile, IsCreatedAsThePlainestFile)
 {

@@ -102,3 +102,19 @@ TEST(PosixLogFileTrace, ThousandShortMessagesAreThousandWritesAndNextToNothingEl
     EXPECT_EQ(1000, std::count(calls.begin(), calls.end(), SYS_write));
     EXPECT_GE(1000 + kMostOtherCalls, calls.size());
 }
+
+TEST(PosixLogFileTrace, LongTextIsAWriteForEach1024Bytes)
+{
+    const temp_folder_t folder;
+    const auto calls = TracedCalls(
+        [&folder]
+        {
+            posix::posix_log_file_t log(folder / "a.log");
+            const std::string text(2049, 'a');
+            log.write("first\n");
+            ::syscall(kMark, 0);
+            log.write(text);
+            ::syscall(kMark, 0);
+        });
+    EXPECT_EQ(3, std::count(calls.begin(), calls.end(), SYS_write));
+}
