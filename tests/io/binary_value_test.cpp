@@ -2,6 +2,7 @@
 
 #include <limits>
 #include <stdexcept>
+#include <type_traits>
 #include <vector>
 
 #include <gtest/gtest.h>
@@ -271,6 +272,12 @@ TEST(BinaryValue, OtherWidthsHaveNoForm)
     EXPECT_FALSE(io::kIsStreamValue<double>);
     EXPECT_FALSE(io::kIsStreamValue<huge_enum_t>);
     EXPECT_TRUE(io::kIsStreamValue<bool>);
+}
+
+TEST(BinaryValue, WideStringHasNoForm)
+{
+    EXPECT_TRUE((std::is_invocable_v<decltype(io::WriteString), io::io_dev_t&, std::string>));
+    EXPECT_FALSE((std::is_invocable_v<decltype(io::WriteString), io::io_dev_t&, std::wstring>));
 }
 
 TEST(BinaryValue, BooleanTakesFourBytesAndIsZeroOrOne)
