@@ -1,0 +1,39 @@
+// What memory a rotation takes.
+
+#include "nelvo/logging/receiver/rotation.h"
+
+#include <sys/resource.h>
+#include <unistd.h>
+
+#include <gtest/gtest.h>
+
+#include "nelvo/logging/receiver/posix_log_file.h"
+#include "tests/support/temp_folder.h"
+
+namespace
+{
+
+// In kibibytes.
+long MostMemory()
+{
+    rusage usage = {};
+    ::getrusage(RUSAGE_SELF, &usage);
+    return usage.ru_maxrss;
+}
+
+} // namespace
+
+// The buffer is a mebibyte, zlib takes less than half of another, and the code is touched too.
+TEST(RotationPages, LogOfAnySizeTakesTheCopyBufferAndLittleMore)
+{
+    constexpr off_t kLogSize = 67'108'864;
+    constexpr long kThreeMebibytes = 3072;
+    const temp_folder_t folder;
+    WriteFile(folder / "a.log", "");
+    ASSERT_EQ(0, ::truncate((folder / "a.log").c_str(), kLogSize));
+    posix::posix_log_file_t log(folder / "a.log");
+    const long before = MostMemory();
+    logging::receiver::validate_log_size(log);
+    EXPECT_EQ(0u, log.get_size());
+    EXPECT_GT(kThreeMebibytes, MostMemory() - before);
+}
