@@ -1,5 +1,7 @@
 #include "nelvo/io/buffered_stream.h"
 
+#include <cstdint>
+#include <exception>
 #include <stdexcept>
 #include <string>
 #include <type_traits>
@@ -14,6 +16,7 @@
 #include "tests/support/lines_receiver.h"
 #include "tests/support/stub_dev.h"
 #include "tests/support/thrown.h"
+#include "tests/support/used_block.h"
 #include "tests/support/vtable_slot.h"
 
 namespace
@@ -86,6 +89,9 @@ TEST_F(BufferedIoDev, KeepsTheOrderOfTheDevicesOperations)
     EXPECT_TRUE((std::is_base_of_v<io::io_dev_t, io::buffered_io_dev_t>));
     EXPECT_EQ(2u, VtableSlot(&io::buffered_io_dev_t::write));
     EXPECT_EQ(3u, VtableSlot(&io::buffered_io_dev_t::read));
+    EXPECT_TRUE(IsAnyVirtual(&io::buffered_io_dev_t::read));
+    EXPECT_FALSE(IsAnyVirtual(&io::buffered_io_dev_t::Flush, &io::buffered_io_dev_t::GetForwardedBytes,
+                              &io::buffered_io_dev_t::ResetForwardedBytes));
 }
 
 TEST_F(BufferedIoDev, HoldsTargetBufferAndTwoCounts)
@@ -183,6 +189,23 @@ TEST_F(BufferedIoDev, OnlyWhatIsLargerThanAnEmptyBufferIsNotCopied)
     ASSERT_EQ(2u, target->places.size());
     EXPECT_EQ(bytes.data(), target->places[0]);
     EXPECT_NE(bytes.data() + 8, target->places[1]);
+}
+
+TEST_F(BufferedIoDev, BufferIsZeroAsFarAsNothingWasWritten)
+{
+    const auto target = boost::make_shared<place_dev_t>();
+    target->places.reserve(1);
+    LeaveUsedBlock(64);
+    io::buffered_io_dev_t device(64, target);
+    device.write("a", 1);
+    device.Flush();
+    ASSERT_EQ(1u, target->places.size());
+    EXPECT_EQ("a" + std::string(63, '\0'), std::string(static_cast<const char*>(target->places[0]), 64));
+}
+
+TEST_F(BufferedIoDev, BufferThatNoMemoryHasIsAFailureAtOnce)
+{
+    EXPECT_THROW(io::buffered_io_dev_t::CreateBuffered(m_target, UINT64_MAX), std::exception);
 }
 
 TEST_F(BufferedIoDev, EachWidthIsCopiedWhole)
@@ -402,6 +425,16 @@ TEST_F(BufferedIoDev, SizeZeroCanBeMadeFlushedAndRead)
     EXPECT_EQ(0u, m_device->write(buffer, 0));
     EXPECT_EQ(6u, m_device->read(buffer, 6));
     EXPECT_EQ(calls_t({"read 6"}), Calls());
+}
+
+TEST_F(BufferedIoDev, SizeZeroOffersNothingUntilTheTargetThrows)
+{
+    m_device = io::buffered_io_dev_t::CreateBuffered(m_target, 0);
+    m_target->Fail("no end", 3);
+    EXPECT_EQ("no end", Thrown<std::runtime_error>([&] { Write("a"); }));
+    EXPECT_EQ(calls_t({"write 0", "write 0", "write 0", "write 0"}), Calls());
+    EXPECT_EQ("", Written());
+    EXPECT_EQ(0u, Forwarded());
 }
 
 TEST_F(BufferedBinStream, IsABinaryStreamOnANewBufferOfOneMebibyte)

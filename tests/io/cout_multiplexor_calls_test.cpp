@@ -2,6 +2,7 @@
 
 #include <functional>
 #include <iostream>
+#include <new>
 #include <stdexcept>
 #include <streambuf>
 
@@ -9,6 +10,7 @@
 #include <gtest/gtest.h>
 
 #include "nelvo/logging/log.h"
+#include "tests/support/failing_memory.h"
 #include "tests/support/lines_receiver.h"
 #include "tests/support/mutex_watch.h"
 
@@ -91,6 +93,20 @@ TEST_F(CoutMultiplexorCalls, EachSendIsUnderOneLock)
     EXPECT_EQ("m+ a text  a text  a text m-", Calls([&] { m_multiplexor.write_error("a"); }));
     EXPECT_EQ("m+ a text m-", Calls([&] { m_multiplexor.send_text("a", 2); }));
     EXPECT_EQ("m+ a text m-", Calls([&] { m_multiplexor.send_named_value("a", "b"); }));
+}
+
+TEST_F(CoutMultiplexorCalls, NamedValueIsFormedBeforeTheLock)
+{
+    const std::string name(100, 'n');
+    const std::string value = "v";
+    m_multiplexor.add_target(m_target);
+    EXPECT_EQ("", Calls(
+                      [&]
+                      {
+                          FailNextAllocation();
+                          EXPECT_THROW(m_multiplexor.send_named_value(name, value), std::bad_alloc);
+                      }));
+    EXPECT_TRUE(HasAllocationFailed());
 }
 
 TEST_F(CoutMultiplexorCalls, FailureIsLoggedUnderTheLock)

@@ -210,6 +210,17 @@ TEST_F(CoutMultiplexor, ErrorIsThreeWritesToEachTarget)
     EXPECT_EQ("", err.text());
 }
 
+TEST_F(CoutMultiplexor, ErrorIsSentWholeToOneTargetBehindTheOther)
+{
+    std::string order;
+    const auto first = Add();
+    const auto second = Add();
+    first->on_text = [&] { order += "1"; };
+    second->on_text = [&] { order += "2"; };
+    m_multiplexor.write_error("it failed");
+    EXPECT_EQ("111222", order);
+}
+
 TEST_F(CoutMultiplexor, MessageOfAnErrorIsSentAsItIs)
 {
     const auto target = Add();

@@ -14,6 +14,23 @@ using io::connection_kind_t;
 namespace
 {
 
+// At its end, looks for the connection with the id 5.
+class asking_dev_t : public stub_dev_t
+{
+public:
+    asking_dev_t(const io::io_dev_pool_t& pool, boost::shared_ptr<io::io_dev_t>& found)
+        : m_asked(pool), m_found(found)
+    {
+    }
+    ~asking_dev_t() override { m_found = m_asked.GetConnection(5); }
+    asking_dev_t(const asking_dev_t&) = delete;
+    asking_dev_t& operator=(const asking_dev_t&) = delete;
+
+private:
+    const io::io_dev_pool_t& m_asked;
+    boost::shared_ptr<io::io_dev_t>& m_found;
+};
+
 class DevPool : public ::testing::Test
 {
 protected:
@@ -91,6 +108,14 @@ TEST_F(DevPool, RemovedConnectionIsGoneAndReleased)
     m_pool.RemoveConnection(5);
     EXPECT_EQ("TCP connections pool does not contain connection with ID '5'.", FailureOfId(5));
     EXPECT_EQ(1, connection.use_count());
+}
+
+TEST_F(DevPool, ConnectionThatIsReplacedMayAskThePoolAtItsEnd)
+{
+    boost::shared_ptr<io::io_dev_t> found;
+    m_pool.AddConnection(5, connection_kind_t::kTransport, boost::make_shared<asking_dev_t>(m_pool, found));
+    const auto second = Add(5, connection_kind_t::kTransport);
+    EXPECT_EQ(second, found);
 }
 
 TEST_F(DevPool, TapeControlConnectionIsTheOneWithTheLowestId)

@@ -95,6 +95,18 @@ TEST_F(DevRegistry, SecondFactoryOfATypeReplacesTheFirst)
     EXPECT_EQ(1, first.use_count());
 }
 
+TEST_F(DevRegistry, FactoriesLiveAsLongAsTheRegistry)
+{
+    const auto factory = boost::make_shared<stub_factory_t>();
+    {
+        io::dev_registry_t registry;
+        registry.AddFactory("file", factory);
+        registry.RemovePools();
+        EXPECT_EQ(2, factory.use_count());
+    }
+    EXPECT_EQ(1, factory.use_count());
+}
+
 TEST_F(DevRegistry, PoolIsFoundByItsIdAndNotKeptAlive)
 {
     m_registry.AddPool(5, m_pool);

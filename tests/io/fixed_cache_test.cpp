@@ -4,6 +4,8 @@
 
 #include <gtest/gtest.h>
 
+#include "tests/support/used_block.h"
+
 namespace
 {
 
@@ -36,6 +38,13 @@ TEST_F(FixedCache, BeginsEmptyAndFilledWithZeros)
     EXPECT_EQ(4u, m_cache.GetSize());
     EXPECT_EQ(0u, m_cache.GetUsed());
     EXPECT_EQ(std::string(4, '\0'), std::string(m_cache.GetData(), 4));
+}
+
+TEST_F(FixedCache, MemoryThatWasUsedBeforeIsZeroToo)
+{
+    LeaveUsedBlock(64);
+    const fixed_cache_t cache(64);
+    EXPECT_EQ(std::string(64, '\0'), std::string(cache.GetData(), 64));
 }
 
 TEST_F(FixedCache, AppendsWhatFitsAndMovesTheCallerOn)

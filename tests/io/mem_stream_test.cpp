@@ -78,6 +78,9 @@ TYPED_TEST(MemDev, KeepsTheOrderOfTheDevicesOperations)
     EXPECT_TRUE((std::is_base_of_v<io::io_dev_t, device_t>));
     EXPECT_EQ(2u, VtableSlot(&device_t::write));
     EXPECT_EQ(3u, VtableSlot(&device_t::read));
+    EXPECT_TRUE(IsAnyVirtual(&device_t::write));
+    EXPECT_FALSE(IsAnyVirtual(&device_t::GetArray, &device_t::GetOffset, &device_t::GetCurrentPointer,
+                              &device_t::GetRemaining, &device_t::SeekRelative, &device_t::SeekAbsolute));
 }
 
 TYPED_TEST(MemDev, HoldsTheArrayAndAnOffset)
