@@ -3,6 +3,7 @@
 #include <gtest/gtest.h>
 #include <unistd.h>
 
+#include "nelvo/context/common_lib_ctx.h"
 #include "nelvo/core/util/str.h"
 #include "nelvo/posix/posix_file.h"
 #include "tests/support/path_spy.h"
@@ -52,6 +53,15 @@ TEST(PosixFileAccess, RefusalPassesOnWithoutAContext)
 {
     for (const spied_operation_t& factory : Factories("", [](folder_t f) { return f / "a"; }))
         EXPECT_EQ("refused", SpyOnRefused(0, factory.call).failure) << factory.name;
+}
+
+TEST(PosixFileAccess, OpenFileHasNoShareOfTheContext)
+{
+    const temp_folder_t folder;
+    const auto context = GetCommonLibCtx();
+    const auto shares = context.use_count();
+    const posix_file_ptr_t file = posix_file_t::CreateOrOpen(folder / "a");
+    EXPECT_EQ(shares, context.use_count());
 }
 
 TEST(PosixFileAccess, OperationsOfOtherPlatformsDoNotAsk)

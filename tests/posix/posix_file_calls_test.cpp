@@ -1,6 +1,7 @@
 // What the file asks of the system, call by call. The functions below stand in the place of the C library's:
 // each notes the call and answers as the test told it to, or passes the call on.
 
+#include <algorithm>
 #include <cerrno>
 #include <cstdarg>
 #include <cstdint>
@@ -50,6 +51,8 @@ struct record_t
     std::vector<std::string> calls;
     std::deque<answer_t> answers;
     std::function<void()> between;
+    // How many calls got memory with something in it.
+    int unclear = 0;
 };
 
 // Null while nobody listens.
@@ -84,12 +87,29 @@ bool Answered(const std::string& call, answer_t& answer)
     return true;
 }
 
+// The memory that a call is to fill. The compiler is not to know that it is read here.
+[[gnu::noinline]] void LookAt(void* memory, std::size_t size)
+{
+    const auto* const begin = static_cast<const char*>(memory);
+    if (g_record != nullptr && std::any_of(begin, begin + size, [](char byte) { return byte != 0; }))
+        ++g_record->unclear;
+}
+
+// What an action finds on the stack where it writes nothing itself.
+[[gnu::noinline]] void LeaveUsedStack()
+{
+    volatile char bytes[16384];
+    for (volatile char& byte : bytes)
+        byte = 'x';
+}
+
 // A question about a file. While somebody listens, the answer is made up.
 int Stat(const char* name, const char* path, struct stat64* info, int flags)
 {
     if (g_record == nullptr)
         return ::fstatat64(AT_FDCWD, path, info, flags);
     g_record->calls.push_back(util::Format("%1(%2)", name, path));
+    LookAt(info, sizeof(*info));
     info->st_uid = 1234;
     info->st_gid = 5678;
     info->st_mode = S_IFLNK | 06741;
@@ -137,6 +157,7 @@ extern "C" int close(int descriptor) { return static_cast<int>(Call("close", SYS
 
 extern "C" ssize_t read(int descriptor, void* data, std::size_t size)
 {
+    LookAt(data, size);
     return Transfer("read", SYS_read, descriptor, data, size);
 }
 
@@ -172,7 +193,14 @@ extern "C" int fsync(int descriptor) { return static_cast<int>(Call("fsync", SYS
 
 extern "C" ssize_t readlink(const char* path, char* buffer, std::size_t size) noexcept
 {
+    LookAt(buffer, size);
     return Call(util::Format("readlink(%1)", size), SYS_readlink, path, buffer, size);
+}
+
+extern "C" int fstat64(int descriptor, struct stat64* info) noexcept
+{
+    LookAt(info, sizeof(*info));
+    return static_cast<int>(Call("fstat64", SYS_fstat, descriptor, info));
 }
 
 extern "C" int stat64(const char* path, struct stat64* info) noexcept
@@ -225,8 +253,9 @@ protected:
         record_t record;
         record.answers = std::move(answers);
         record.between = m_between;
-        g_record = &record;
         m_failure.clear();
+        LeaveUsedStack();
+        g_record = &record;
         try
         {
             action();
@@ -240,6 +269,7 @@ protected:
             m_failure = std::string("no system failure: ") + e.what();
         }
         g_record = nullptr;
+        m_unclear = record.unclear;
         return record.calls;
     }
 
@@ -263,6 +293,7 @@ protected:
     posix_file_ptr_t m_file;
     std::function<void()> m_between;
     std::string m_failure;
+    int m_unclear = 0;
 };
 
 // Each call takes a millisecond, and calls are told by the time they are counted with.
@@ -356,6 +387,8 @@ TEST_F(PosixFileCalls, NothingButReadsAndWritesIsTriedAgainAfterASignal)
     EXPECT_EQ(failure("POSIX: Failed to open file [" + m_path + "]."), m_failure);
     EXPECT_EQ(calls_t{"ftruncate64(7)"}, Calls(interrupted, [&] { m_file->set_size(7); }));
     EXPECT_EQ(failure("set_size failed. File: [" + m_path + "]. New size: [7]"), m_failure);
+    EXPECT_EQ(calls_t{"fstat64"}, Calls(interrupted, [&] { m_file->GetSize(); }));
+    EXPECT_EQ(failure("fstat64(" + m_path + ") has failed."), m_failure);
     EXPECT_EQ(calls_t{"lseek64"}, Calls(interrupted, [&] { m_file->GetPosition(); }));
     EXPECT_EQ(failure("POSIX: Seek operation has failed. File: [" + m_path +
                       "]. Distance to move: [0]. Move method: [SEEK_CUR]."),
@@ -370,6 +403,14 @@ TEST_F(PosixFileCalls, FlushFailsForEveryResultButZero)
 {
     EXPECT_EQ(calls_t{"fsync"}, Calls({answer_t{1, EIO}}, [&] { m_file->Flush(); }));
     EXPECT_EQ("Input/output error\nPOSIX: Failed to flush file buffers. File: [" + m_path + "].", m_failure);
+}
+
+TEST_F(PosixFileCalls, FileIsClosedToItsUserBeforeItIsToTheSystem)
+{
+    int descriptor = 0;
+    m_between = [&] { descriptor = m_file->GetDescriptor(); };
+    EXPECT_EQ(calls_t{"close"}, Calls([&] { m_file->Close(); }));
+    EXPECT_EQ(-1, descriptor);
 }
 
 TEST_F(PosixFileCalls, DestructorIgnoresTheResultOfClose)
@@ -514,6 +555,34 @@ TEST_F(PosixFilePreallocation, FileThatCannotBeOpenedAsksForNothing)
     EXPECT_EQ("", Logged());
 }
 
+TEST_F(PosixFilePreallocation, NoOtherFailureIsLogged)
+{
+    char byte = 0;
+    const std::function<void()> operations[] = {
+        [&] { posix_file_t::OpenRead(m_path); },
+        [&] { m_file->WriteBytes(1, "x"); },
+        [&] { m_file->ReadBytes(&byte, 1); },
+        [&] { m_file->set_size(7); },
+        [&] { m_file->GetSize(); },
+        [&] { m_file->GetPosition(); },
+        [&] { m_file->Flush(); },
+        [&] { m_file->Close(); },
+        [&] { posix_file_t::SetOwner("", 1, 2); },
+        [&] { posix_file_t::SetPermissions("", 0600); },
+        [&] { posix_file_t::SetFileTimes("", 1, 2); },
+        [&] { posix_file_t::ReadSymlink(""); },
+        [&] { posix_file_t::CreateNewWithoutCache("", 1); },
+    };
+    for (const std::function<void()>& operation : operations)
+    {
+        Calls({Fail(EIO)}, operation);
+        EXPECT_NE("", m_failure);
+    }
+    m_file = posix_file_t::OpenReadWrite(m_path);
+    EXPECT_EQ(calls_t{"close"}, Calls({Fail(EIO)}, [&] { m_file.reset(); }));
+    EXPECT_EQ("", Logged());
+}
+
 // Writing
 
 TEST_F(PosixFileCalls, NothingToWriteMakesNoCall)
@@ -627,6 +696,16 @@ TEST_F(PosixFileCalls, WholeTextIsReadOnAfterAShortPiece)
     EXPECT_EQ("0123456789", text);
 }
 
+TEST_F(PosixFileCalls, EachPieceOfAWholeTextIsReadToClearedMemory)
+{
+    WriteFile(m_path, std::string(3000, 't'));
+    std::string text;
+    EXPECT_EQ((calls_t{"read(1024)", "read(1024)", "read(1024)", "read(72)", "read(1024)"}),
+              Calls([&] { m_file->ReadAllText(text); }));
+    EXPECT_EQ(0, m_unclear);
+    EXPECT_EQ(std::string(3000, 't'), text);
+}
+
 // Counting
 
 TEST_F(PosixFileCounting, EachWriteIsCountedWithItsResult)
@@ -717,6 +796,27 @@ TEST_F(PosixFileCalls, OwnersOfALinkAreAskedOfTheLink)
     EXPECT_EQ(5678u, gid);
 }
 
+TEST_F(PosixFileCalls, EachAnswerAboutAFileGoesToClearedMemory)
+{
+    bool is_link = false;
+    uid_t uid = 0;
+    gid_t gid = 0;
+    const std::function<void()> questions[] = {
+        [&] { m_file->GetSize(); },
+        [] { posix_file_t::GetOwnerUid("x"); },
+        [] { posix_file_t::GetOwnerGid("x"); },
+        [] { posix_file_t::GetPermissions("x"); },
+        [&] { posix_file_t::GetLinkOwner("x", is_link, uid, gid); },
+        [] { posix_file_t::IsSymlink("x"); },
+        [] { posix_file_t::GetFileTimes("x", nullptr, nullptr); },
+    };
+    for (const std::function<void()>& question : questions)
+    {
+        EXPECT_EQ(1u, Calls(question).size());
+        EXPECT_EQ(0, m_unclear);
+    }
+}
+
 TEST_F(PosixFileCalls, SetOwnerDoesNotFollowALink)
 {
     int result = -1;
@@ -737,6 +837,7 @@ TEST_F(PosixFileCalls, LinkThatFillsTheBufferIsAskedForAgainWithTwiceTheRoom)
         EXPECT_EQ(0, ::symlink(std::string(size, 't').c_str(), link.c_str()));
         std::string target;
         calls_t made = Calls([&] { target = posix_file_t::ReadSymlink(link); });
+        EXPECT_EQ(0, m_unclear) << "the room is not cleared";
         EXPECT_EQ(std::string(size, 't'), target);
         ::unlink(link.c_str());
         return made;

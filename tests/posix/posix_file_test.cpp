@@ -3,6 +3,8 @@
 #include <atomic>
 #include <cerrno>
 #include <csignal>
+#include <cstdint>
+#include <cstring>
 #include <string>
 #include <thread>
 #include <type_traits>
@@ -171,6 +173,25 @@ protected:
 };
 
 } // namespace
+
+TEST_F(PosixFile, HoldsTheDescriptorAndThePathAndNothingElse)
+{
+    EXPECT_EQ(sizeof(std::int64_t) + sizeof(util::str_t), sizeof(posix_file_t));
+    const posix_file_ptr_t file = Create();
+    std::int32_t first = -1;
+    std::memcpy(&first, static_cast<const void*>(file.get()), sizeof(first));
+    EXPECT_EQ(file->GetDescriptor(), first);
+}
+
+TEST_F(PosixFile, ComesFromItsFactoriesAlone)
+{
+    EXPECT_FALSE(std::is_default_constructible_v<posix_file_t>);
+    EXPECT_FALSE((std::is_constructible_v<posix_file_t, util::str_t>));
+    EXPECT_FALSE((std::is_constructible_v<posix_file_t, util::str_t, int>));
+    EXPECT_FALSE((std::is_constructible_v<posix_file_t, int, util::str_t>));
+    EXPECT_FALSE(std::is_copy_constructible_v<posix_file_t>);
+    EXPECT_FALSE(std::is_copy_assignable_v<posix_file_t>);
+}
 
 // Opening
 
@@ -349,6 +370,36 @@ TEST_F(PosixFile, WidePathIsUtf8)
     EXPECT_EQ(wide_folder + L"/\x20ac", file->GetPath().wide());
 }
 
+TEST_F(PosixFile, EveryFactoryTakesNarrowAndWidePaths)
+{
+    const std::wstring wide(m_path.begin(), m_path.end());
+    WriteFile(m_path, "content");
+    const auto paths = [&](auto open)
+    {
+        const posix_file_ptr_t files[] = {open(m_path), open(m_path.c_str()), open(wide), open(wide.c_str()),
+                                          open(util::str_t(m_path))};
+        std::string opened;
+        for (const posix_file_ptr_t& file : files)
+            opened += file->GetPath().narrow() == m_path ? "+" : "-";
+        return opened;
+    };
+    EXPECT_EQ("+++++", paths([](const auto& path) { return posix_file_t::CreateOrOpen(path); }));
+    EXPECT_EQ("+++++", paths([](const auto& path) { return posix_file_t::CreateWithPrealloc(path, 7); }));
+    EXPECT_EQ("+++++", paths([](const auto& path) { return posix_file_t::OpenRead(path); }));
+    EXPECT_EQ("+++++", paths([](const auto& path) { return posix_file_t::OpenReadWrite(path); }));
+    EXPECT_EQ("+++++", paths([](const auto& path) { return posix_file_t::OpenByAccess(path, true); }));
+    EXPECT_EQ("+++++", paths([](const auto& path) { return posix_file_t::OpenReadWriteSync(path); }));
+    EXPECT_EQ("+++++", paths([](const auto& path) { return posix_file_t::OpenReadWithoutCache(path); }));
+
+    // Not every file system opens a file without its cache.
+    const std::wstring wide_missing(m_missing.begin(), m_missing.end());
+    const std::string failure =
+        "No such file or directory\nPOSIX: Failed to open file [" + m_missing + "] for read/write access.";
+    EXPECT_EQ(failure, Failure([&] { posix_file_t::OpenReadWriteWithoutCache(wide_missing); }));
+    EXPECT_EQ(failure, Failure([&] { posix_file_t::OpenReadWriteWithoutCache(wide_missing.c_str()); }));
+    EXPECT_EQ(failure, Failure([&] { posix_file_t::OpenReadWriteWithoutCache(m_missing.c_str()); }));
+}
+
 TEST_F(PosixFile, WidePathThatCannotBeConvertedIsNoSystemFailure)
 {
     const std::wstring bad(1, static_cast<wchar_t>(0xd800));
@@ -395,6 +446,14 @@ TEST_F(PosixFile, OperationsOfOtherPlatformsTakeWidePathsToo)
     EXPECT_EQ(
         "[unimplemented] posix_file_ptr_t posix_file_t::SparseFileCreate( const util::str_t& path, stream_size_t zeroesSize )",
         RuntimeFailure([] { posix_file_t::SparseFileCreate(L"missing", 1); }));
+}
+
+TEST_F(PosixFile, OperationsOfOtherPlatformsConvertTheirPathsFirst)
+{
+    const std::wstring bad(1, static_cast<wchar_t>(0xd800));
+    const std::string failure = "Unicode string cannot be converted to multibyte UTF8 string.";
+    EXPECT_EQ(failure, RuntimeFailure([&] { posix_file_t::CreateNewWithoutCache(bad, 1); }));
+    EXPECT_EQ(failure, RuntimeFailure([&] { posix_file_t::SparseFileCreate(bad, 1); }));
 }
 
 // Writing
@@ -783,6 +842,20 @@ TEST_F(PosixFile, IsSymlinkIsTrueForLinksAlone)
     EXPECT_FALSE(posix_file_t::IsSymlink(m_path.c_str()));
     EXPECT_FALSE(posix_file_t::IsSymlink(m_missing.c_str()));
     EXPECT_FALSE(posix_file_t::IsSymlink(m_folder.path().c_str()));
+}
+
+TEST_F(PosixFile, OwnerOfAPathSaysWhetherItIsALink)
+{
+    WriteFile(m_path, "");
+    bool is_link = false;
+    uid_t uid = ~::geteuid();
+    gid_t gid = ~::getegid();
+    posix_file_t::GetLinkOwner(LinkTo("dangling").c_str(), is_link, uid, gid);
+    EXPECT_TRUE(is_link);
+    EXPECT_EQ(::geteuid(), uid);
+    EXPECT_EQ(::getegid(), gid);
+    posix_file_t::GetLinkOwner(m_path.c_str(), is_link, uid, gid);
+    EXPECT_FALSE(is_link);
 }
 
 TEST_F(PosixFile, FailuresByPathNameThePath)
