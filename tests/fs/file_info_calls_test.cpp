@@ -114,6 +114,19 @@ TEST_F(FileInfoCalls, LinksMetadataIsGivenInTwo)
               m_system.Calls([&] { util::ApplyFileInfo(info, "x"); }));
 }
 
+TEST_F(FileInfoCalls, OwnerNeedsUserAndGroup)
+{
+    FileInfo info = Read();
+    info.meta.accessed = datetime::CDateTime(6, true);
+    info.meta.uid.reset();
+    EXPECT_EQ("lutimes(x, 6.0, -1.0); chmod(x, 0640); ",
+              m_system.Calls([&] { util::ApplyFileInfo(info, "x"); }));
+    info.meta.uid = 7;
+    info.meta.gid.reset();
+    EXPECT_EQ("lutimes(x, 6.0, -1.0); chmod(x, 0640); ",
+              m_system.Calls([&] { util::ApplyFileInfo(info, "x"); }));
+}
+
 TEST_F(FileInfoCalls, EmptyRecordGivesEmptyDatesAlone)
 {
     EXPECT_EQ("lutimes(x, 0.0, 0.0); ", m_system.Calls([] { util::ApplyFileInfo(FileInfo(), "x"); }));

@@ -211,6 +211,15 @@ TEST(FileInfo, ExtraDataIsAsLongAsItsLengthSays)
     EXPECT_EQ("x", BytesOf(Read(bytes + "x").extra_data));
 }
 
+// Nobody touches the memory.
+TEST(FileInfo, ExtraDataOf4GiBIsRefused)
+{
+    FileInfo info;
+    info.extra_data = cnt::plain_array_t(4294967296);
+    EXPECT_EQ("Unable to cast value from [m] to [j].\nFailed to serialize file info.",
+              Thrown<exc::runtime_exc_t>([&] { Stored(info); }));
+}
+
 TEST(FileInfo, BrokenFormIsReadOrRefused) { ExpectEachBitFlipToBeReadOrRefused("file_info", ReadOne); }
 
 TEST(FileInfo, BrokenFormOfALinkIsReadOrRefused)

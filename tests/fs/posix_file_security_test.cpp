@@ -83,6 +83,15 @@ TEST(PosixFileSecurityForm, IsThreeLettersAndThreeNumbersOf64Bits)
     EXPECT_EQ(Hex(Golden("posix_file_security")), Hex(Stored(Security(1000, 100, 04750))));
 }
 
+TEST(PosixFileSecurityForm, RecordIsThreeNumbersOf32BitsInTheirOrder)
+{
+    const posix_file_security security{1, 2, 3};
+    EXPECT_EQ(1u, security.uid);
+    EXPECT_EQ(2u, security.gid);
+    EXPECT_EQ(3u, security.mode);
+    EXPECT_EQ(12u, sizeof(security));
+}
+
 TEST(PosixFileSecurityForm, NewRecordIsAllZero)
 {
     EXPECT_EQ("4e 49 58 00 00 00 00 00 00 00 00 00 00 00 00 00 00 00 00 00 00 00 00 00 00 00 00",
