@@ -2,6 +2,7 @@
 
 #include <filesystem>
 #include <sys/stat.h>
+#include <sys/time.h>
 #include <unistd.h>
 
 #include <gtest/gtest.h>
@@ -365,6 +366,14 @@ TEST_F(PathUtils, RenameOfEqualPathsLooksAtNothing)
     EXPECT_NO_THROW(CPathUtils::Rename(Path("file/x"), Path("file/x")));
 }
 
+TEST_F(PathUtils, RenameComparesPathsByteByByte)
+{
+    for (const char* name : {"./file", "/file", "folder/../file"})
+        EXPECT_EQ("Target path currently exist.\nCPathUtils: Failed to rename file from [" + Path("file") +
+                      "] to [" + Path(name) + "].",
+                  Refusal(CPathUtils::Rename, Path("file"), Path(name)));
+}
+
 TEST_F(PathUtils, RenameWantsASource)
 {
     EXPECT_EQ("Source path is not exist.\nCPathUtils: Failed to rename file from [" + Path("none") +
@@ -437,6 +446,33 @@ TEST(FindCommand, FirstOfThreeFoldersWins)
             EXPECT_EQ("/bin/c", CPathUtils::FindCommand("c"));
             std::filesystem::create_directory("/usr/bin/c");
             EXPECT_EQ("/usr/bin/c", CPathUtils::FindCommand("c"));
+        });
+}
+
+TEST(FindCommand, LinkToNothingIsNoHitAndALinkToAFileIs)
+{
+    InPrivateRoot(
+        []
+        {
+            for (const char* folder : {"/bin", "/usr/bin"})
+                std::filesystem::create_directories(folder);
+            WriteFile("/file", "");
+            std::filesystem::create_symlink("/none", "/usr/bin/c");
+            std::filesystem::create_symlink("/file", "/bin/c");
+            EXPECT_EQ("/bin/c", CPathUtils::FindCommand("c"));
+        });
+}
+
+TEST(FindCommand, NameIsPutBehindTheFolderAsItIs)
+{
+    InPrivateRoot(
+        []
+        {
+            for (const char* folder : {"/bin", "/usr/bin"})
+                std::filesystem::create_directories(folder);
+            WriteFile("/bin/c", "");
+            EXPECT_EQ("/bin//c", CPathUtils::FindCommand("/c"));
+            EXPECT_EQ("/usr/bin/../../bin/c", CPathUtils::FindCommand("../../bin/c"));
         });
 }
 
@@ -630,6 +666,28 @@ TEST_F(PathUtils, CopyTakesTheContentAlone)
         EXPECT_EQ(0666u, Mode(Path("copy")));
         CPathUtils::Delete(Path("copy"));
     }
+}
+
+// Only root gives a file to another.
+TEST_F(PathUtils, CopyHasTheOwnerAndTheTimesOfANewFile)
+{
+    const timeval times[] = {{1000, 0}, {2000, 0}};
+    if (::geteuid() == 0)
+    {
+        ASSERT_EQ(0, ::chown(Path("file").c_str(), 1234, 5678));
+    }
+    ASSERT_EQ(0, ::utimes(Path("file").c_str(), times));
+    WriteFile(Path("new"), "");
+    CPathUtils::Copy(Path("file"), Path("copy"));
+
+    struct stat made = {};
+    struct stat copy = {};
+    ASSERT_EQ(0, ::stat(Path("new").c_str(), &made));
+    ASSERT_EQ(0, ::stat(Path("copy").c_str(), &copy));
+    EXPECT_EQ(made.st_uid, copy.st_uid);
+    EXPECT_EQ(made.st_gid, copy.st_gid);
+    EXPECT_LE(made.st_atim.tv_sec, copy.st_atim.tv_sec);
+    EXPECT_LE(made.st_mtim.tv_sec, copy.st_mtim.tv_sec);
 }
 
 TEST_F(PathUtils, CopyMakesTheFoldersAboveTheTarget)
