@@ -26,6 +26,7 @@ struct inode_t
 {
     std::uint32_t flags = 0;
     int get_error = 0;
+    int get_result = 0;
     int set_error = 0;
     int set_result = 0;
     std::vector<unsigned long> requests;
@@ -53,7 +54,7 @@ extern "C" int ioctl(int descriptor, unsigned long request, ...) noexcept
     {
         EXPECT_EQ(0u, *value);
         *value = g_inode.flags;
-        return Answer(g_inode.get_error, 0);
+        return Answer(g_inode.get_error, g_inode.get_result);
     }
     g_inode.flags = *value;
     return Answer(g_inode.set_error, g_inode.set_result);
@@ -120,6 +121,14 @@ TEST_F(FileFlags, ChangeReturnsTheResultOfTheLastCall)
     EXPECT_EQ(0, util::ChangeFileFlags(m_file, 1, 0));
     g_inode.set_result = 7;
     EXPECT_EQ(7, util::ChangeFileFlags(m_file, 1, 0));
+}
+
+TEST_F(FileFlags, OnlyMinusOneIsAFailedRead)
+{
+    g_inode.flags = 4;
+    g_inode.get_result = 7;
+    EXPECT_EQ(0, util::ChangeFileFlags(m_file, 1, 0));
+    EXPECT_EQ(5u, g_inode.flags);
 }
 
 TEST_F(FileFlags, FailedReadNamesTheFileAndWritesNothing)

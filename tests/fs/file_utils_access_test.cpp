@@ -4,7 +4,9 @@
 #include <boost/make_shared.hpp>
 #include <gtest/gtest.h>
 
+#include "nelvo/context/common_lib_ctx.h"
 #include "nelvo/core/util/str.h"
+#include "nelvo/fs/access_permissions.h"
 #include "nelvo/fs/file_aging.h"
 #include "nelvo/fs/file_flags.h"
 #include "nelvo/fs/file_info.h"
@@ -24,6 +26,12 @@ namespace
 {
 
 std::wstring Wide(const std::string& path) { return {path.begin(), path.end()}; }
+
+class odd_refusal_t : public security::IFilesAccessPermissions
+{
+public:
+    void CheckAccess(const util::str_t&) override { throw 7; }
+};
 
 // The path and more behind a zero byte.
 std::string Cut(const std::string& path) { return path + std::string("\0/x", 3); }
@@ -245,6 +253,23 @@ TEST(FileUtilsAccess, EmptyPathIsRefusedByPathUtilsBeforeAnybodyIsAsked)
 TEST(FileUtilsAccess, RefusalOfTheFreeSpaceOfAVolumeHasNoContext)
 {
     EXPECT_EQ("refused", Failure([](folder_t) { util::CheckVmfsFreeSpace("/vmfs/volumes/spied", 1); }));
+}
+
+TEST(FileUtilsAccess, RefusalThatIsNoStdExceptionPassesEachHandler)
+{
+    const auto context = GetCommonLibCtx();
+    const auto before = context->GetFilesAccessPermissions();
+    context->SetFilesAccessPermissions(boost::make_shared<odd_refusal_t>());
+    cnt::plain_array_t buffer;
+    EXPECT_THROW(util::TrySetImmutable("/a", true), int);
+    EXPECT_THROW(util::TrySetNoCow("/a", true), int);
+    EXPECT_THROW(util::GetFileSecurity("/a", buffer), int);
+    EXPECT_THROW(util::SetFileSecurity("/a", buffer), int);
+    EXPECT_THROW(util::AgeFile(0, "/a", ".log"), int);
+    EXPECT_THROW(CPathUtils::Rename("/a", "/b"), int);
+    EXPECT_THROW(CPathUtils::CreateDir("/a", true, 755), int);
+    EXPECT_THROW(CPathUtils::GetRealPath("/a"), int);
+    context->SetFilesAccessPermissions(before);
 }
 
 TEST(FileUtilsAccess, RefusalGetsTheContextOfTheOperation)

@@ -382,6 +382,14 @@ TEST_F(FileUtils, ShortStatTellsSizeAndKind)
     EXPECT_EQ("file symlink 6", tell("circle"));
 }
 
+TEST_F(FileUtils, ShortStatTellsTheSizeOfAFolderAsTheSystemDoes)
+{
+    struct stat info = {};
+    ASSERT_EQ(0, ::lstat(m_folder.path().c_str(), &info));
+    ASSERT_NE(0, info.st_size);
+    EXPECT_EQ(static_cast<std::uint64_t>(info.st_size), util::fs_short_stat(m_folder.path()).size);
+}
+
 TEST_F(FileUtils, ShortStatKnowsSizesBeyond32Bits)
 {
     std::filesystem::resize_file(Path("file"), 5'000'000'000);

@@ -318,6 +318,21 @@ TEST_F(VmfsFreeSpace, PerlGetsTheScriptTheVolumeAndTheNumber)
     // clang-format on
 }
 
+// cat begins what it says about a file with the name that it was called by.
+TEST_F(VmfsFreeSpace, PerlIsCalledByItsBareName)
+{
+    std::filesystem::create_symlink("/bin/cat", m_folder / "perl");
+    InChild(
+        [&]
+        {
+            Redirect(STDOUT_FILENO, m_folder / "output");
+            Redirect(STDERR_FILENO, m_folder / "errors");
+            ASSERT_EQ(0, ::setenv("PATH", m_folder.path().c_str(), 1));
+            EXPECT_FALSE(util::CheckVmfsFreeSpace("/vmfs/volumes/none", 1));
+        });
+    EXPECT_NE(std::string::npos, Errors().find("\nperl: /vmfs/volumes/none: No such file or directory\n"));
+}
+
 TEST_F(VmfsFreeSpace, ExitStatusOfTheScriptIsTheAnswer)
 {
     InChild(
