@@ -121,6 +121,12 @@ TEST_F(ManualResetEventCalls, NanosecondsCarryOneSecond)
     EXPECT_EQ("timedwait(1700000003.998999000)", DeadlineOf(2999, 1700000000, 999999));
 }
 
+TEST_F(ManualResetEventCalls, OnlyMinusOneOfTheNumbersBelowZeroIsTheLongestWait)
+{
+    EXPECT_EQ("timedwait(1700000000.000500000)", DeadlineOf(-2, 1700000000, 2500));
+    EXPECT_EQ("timedwait(1699999999.400000000)", DeadlineOf(-1500, 1700000000, 900000));
+}
+
 TEST_F(ManualResetEventCalls, LongestWaitEndsAfter21Days)
 {
     EXPECT_EQ("timedwait(1701814400.999999000)", DeadlineOf(-1, 1700000000, 999999));

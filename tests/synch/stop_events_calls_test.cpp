@@ -2,6 +2,7 @@
 #include <optional>
 
 #include <boost/make_shared.hpp>
+#include <boost/thread/exceptions.hpp>
 
 #include "nelvo/logging/log.h"
 #include "nelvo/synch/stop_events.h"
@@ -31,6 +32,13 @@ protected:
 
 } // namespace
 
+TEST_F(StopEventsCalls, MutexIsOfTheDefaultKind)
+{
+    std::optional<CStopEvtCollection> collection;
+    EXPECT_EQ(calls_t{"mutex_init"}, Calls([&] { collection.emplace(); }));
+    EXPECT_EQ(calls_t{"mutex_destroy"}, Calls([&] { collection.reset(); }));
+}
+
 TEST_F(StopEventsCalls, EachOperationHoldsTheLock)
 {
     ForEachOperation([&](const auto& work) { EXPECT_EQ((calls_t{"lock", "unlock"}), Calls(work)); });
@@ -50,6 +58,8 @@ TEST_F(StopEventsCalls, LockThatFailsIsBoostsFailure)
             EXPECT_EQ((calls_t{"lock"}), Calls(work));
             EXPECT_EQ("boost: mutex lock failed in pthread_mutex_lock: Invalid argument (generic 22)",
                       failure());
+            Answer("lock", EINVAL);
+            Calls([&] { EXPECT_THROW(work(), boost::lock_error); });
         });
 }
 

@@ -1,6 +1,7 @@
 // How threads are started, and how events fail. The functions below stand in the place of the C library's.
 
 #include <cerrno>
+#include <ctime>
 #include <functional>
 #include <memory>
 #include <new>
@@ -42,6 +43,9 @@ launch_t g_launch;
 thread_local int g_wait_result = 0;
 thread_local int g_lock_result = 0;
 thread_local body_t* g_on_wait = nullptr;
+
+// When the calling thread's last wait would have ended, in seconds.
+thread_local std::time_t g_deadline = 0;
 
 // What is done when the calling thread next wakes those who wait.
 thread_local body_t* g_on_broadcast = nullptr;
@@ -99,6 +103,7 @@ extern "C" int pthread_cond_timedwait(pthread_cond_t* condition, pthread_mutex_t
     static auto* const real = Real<decltype(pthread_cond_timedwait)>("pthread_cond_timedwait");
     if (body_t* const on_wait = std::exchange(g_on_wait, nullptr))
         (*on_wait)();
+    g_deadline = deadline->tv_sec;
     const int result = std::exchange(g_wait_result, 0);
     return result != 0 ? result : real(condition, mutex, deadline);
 }
@@ -123,14 +128,25 @@ void* Call(void* body)
 // The wrapper's shares, which no operation gives out or takes away.
 auto& IdHolder(thread_t& thread);
 auto& FinishedEvent(thread_t& thread);
+auto& BoostThread(thread_t& thread);
 
-template <auto IdMember, auto EventMember>
+template <auto IdMember, auto EventMember, auto ThreadMember>
 struct shares_tt
 {
     friend auto& IdHolder(thread_t& thread) { return thread.*IdMember; }
     friend auto& FinishedEvent(thread_t& thread) { return thread.*EventMember; }
+    friend auto& BoostThread(thread_t& thread) { return thread.*ThreadMember; }
 };
-template struct shares_tt<&thread_t::m_ptr_thread_id, &thread_t::m_ptr_finished_event>;
+template struct shares_tt<&thread_t::m_ptr_thread_id, &thread_t::m_ptr_finished_event,
+                          &thread_t::m_ptr_boost_thread>;
+
+// From now on the share's last owner leaves its name in the list.
+template <class Object>
+void NoteEnd(boost::shared_ptr<Object>& share, const std::string& name, std::vector<std::string>& ended)
+{
+    const auto note = [share, name, &ended](Object*) { ended.push_back(name); };
+    share = boost::shared_ptr<Object>(share.get(), note);
+}
 
 template <class Exception>
 std::string Thrown(const body_t& work)
@@ -224,6 +240,7 @@ TEST_F(ThreadCalls, BodyThatOutrunsTheConstructorHasNoThreadYet)
     std::string id_failure;
     std::string checked_failure;
     bool is_running = false;
+    int unused_lock_result = 0;
     event_t asked(false);
     g_launch.on_creator = [&] { asked.wait(-1); };
     m_wrapper.Start(
@@ -231,12 +248,16 @@ TEST_F(ThreadCalls, BodyThatOutrunsTheConstructorHasNoThreadYet)
         {
             thread_t& thread = m_wrapper.thread();
             id_failure = Thrown<exc::runtime_exc_t>([&] { thread.get_id(); });
-            checked_failure = Thrown<exc::runtime_exc_t>([&] { thread.is_running_checked(); });
+            g_lock_result = EINVAL; // of the event, which is not asked
+            Thrown<std::exception>(
+                [&] { checked_failure = Thrown<exc::runtime_exc_t>([&] { thread.is_running_checked(); }); });
+            unused_lock_result = std::exchange(g_lock_result, 0);
             is_running = thread.is_running();
             asked.set();
         });
     EXPECT_EQ("Cannot get thread id. m_ptr_boost_thread not set.", id_failure);
     EXPECT_EQ("Cannot get thread id: m_ptr_boost_thread not set.", checked_failure);
+    EXPECT_EQ(EINVAL, unused_lock_result);
     EXPECT_TRUE(is_running);
     m_wrapper.thread().join(-1);
     EXPECT_FALSE(m_wrapper.thread().is_running_checked());
@@ -268,13 +289,49 @@ TEST_F(ThreadCalls, IdIsThereBeforeTheStartIsLogged)
 
 TEST_F(ThreadCalls, LongestWaitMayEndBeforeTheThread)
 {
+    const auto expect_21_days = [before = std::time(nullptr)]
+    {
+        EXPECT_LE(before + 1'814'400, g_deadline);
+        EXPECT_GE(std::time(nullptr) + 1'814'401, g_deadline); // time(2) may be a tick late
+    };
     m_wrapper.Start([&] { m_may_end.wait(-1); });
     g_wait_result = ETIMEDOUT;
     EXPECT_FALSE(m_wrapper.thread().wait(-1));
+    expect_21_days();
+    g_deadline = 0;
     g_wait_result = ETIMEDOUT;
     EXPECT_EQ(0u, Thrown<exc::runtime_exc_t>([&] { m_wrapper.thread().join(-1); })
                       .find("Thread not finished within [-1] milliseconds.\n--tr:"));
+    expect_21_days();
     m_may_end.set();
+}
+
+TEST_F(ThreadCalls, QuestionsAndWaitsOfZeroDoNotWait)
+{
+    body_t on_wait = [] { ADD_FAILURE() << "waited"; };
+    m_wrapper.Start([&] { m_may_end.wait(-1); });
+    const thread_t& thread = m_wrapper.thread();
+    g_on_wait = &on_wait;
+    EXPECT_TRUE(thread.is_running());
+    EXPECT_TRUE(thread.is_running_checked());
+    EXPECT_FALSE(thread.wait(0));
+    EXPECT_NE("nothing", Thrown<exc::runtime_exc_t>([&] { thread.join(0); }));
+    g_on_wait = nullptr;
+    m_may_end.set();
+}
+
+TEST_F(ThreadCalls, RoleMayChangeOnceTheThreadIsLaunched)
+{
+    body_t body = [] {};
+    std::string role = "backup";
+    g_launch.on_new_thread = [&] { m_may_end.wait(-1); };
+    {
+        const thread_t thread(&Call, &body, role);
+        role = "change";
+        m_may_end.set();
+    }
+    EXPECT_NE(std::string::npos, Logged().find(", role: backup\n"));
+    EXPECT_NE(std::string::npos, Logged().find("Thread finished. Role: 'backup'.\n"));
 }
 
 TEST_F(ThreadCalls, OnlyTheThreadItselfHoldsItsContextWhenItCountsAsFinished)
@@ -379,6 +436,27 @@ TEST_F(ThreadCalls, WaitersKeepWhatTheyNeedOfAWrapperThatGoes)
         EXPECT_EQ(expected_id_shares, id_shares);
         m_wrapper.WaitForTheEnd();
     }
+}
+
+TEST_F(ThreadCalls, WrapperWithoutAThreadGoesWithoutAWait)
+{
+    m_wrapper.Start([&] { m_may_end.wait(-1); });
+    const auto thread = std::exchange(BoostThread(m_wrapper.thread()), nullptr);
+    m_wrapper.Destroy();
+    m_may_end.set();
+    thread->join();
+    EXPECT_EQ(std::string::npos, Logged().find("~thread_t"));
+}
+
+TEST_F(ThreadCalls, DestructorGivesUpTheThreadThenItsIdThenTheEvent)
+{
+    std::vector<std::string> ended;
+    m_wrapper.Start([] {});
+    NoteEnd(FinishedEvent(m_wrapper.thread()), "event", ended);
+    NoteEnd(IdHolder(m_wrapper.thread()), "id", ended);
+    NoteEnd(BoostThread(m_wrapper.thread()), "thread", ended);
+    m_wrapper.Destroy();
+    EXPECT_EQ((std::vector<std::string>{"thread", "id", "event"}), ended);
 }
 
 // Only a thread that has not run yet does not know itself.

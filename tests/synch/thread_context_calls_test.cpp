@@ -1,3 +1,5 @@
+#include <optional>
+
 #include <boost/make_shared.hpp>
 #include <gmock/gmock.h>
 
@@ -31,6 +33,14 @@ protected:
 
 } // namespace
 
+TEST_F(ThreadContextCalls, MutexIsRecursive)
+{
+    std::optional<CThreadContext> context;
+    EXPECT_EQ((calls_t{"mutexattr_init", "mutexattr_settype(recursive)", "mutex_init of some kind"}),
+              Calls([&] { context.emplace(); }));
+    EXPECT_EQ(calls_t{"mutex_destroy"}, Calls([&] { context.reset(); }));
+}
+
 TEST_F(ThreadContextCalls, OwnerIsAskedForFromTheChildUpWithAllMutexesHeld)
 {
     const auto ask = [&] { m_grandchild->GetOwnerThread(); };
@@ -51,6 +61,11 @@ TEST_F(ThreadContextCalls, OwnerIsSetUnderTheLock)
     EXPECT_EQ((calls_t{"lock", "unlock"}),
               Calls([&] { m_child->SetOwnerThread(boost::this_thread::get_id()); }));
     EXPECT_EQ((calls_t{"lock", "unlock"}), Calls([&] { m_child->ResetOwnerThread(); }));
+}
+
+TEST_F(ThreadContextCalls, ParentIsSetWithoutTheLock)
+{
+    EXPECT_EQ(calls_t(), Calls([&] { m_grandchild->SetParent(m_root); }));
 }
 
 TEST_F(ThreadContextCalls, MemFsTakesNoLock)
