@@ -2,6 +2,8 @@
 
 #include <cerrno>
 
+#include <boost/thread/exceptions.hpp>
+
 #include "tests/support/pthread_calls.h"
 
 namespace
@@ -49,6 +51,8 @@ TEST_F(ThreadCountersMutex, LockThatFailsIsBoostsFailureAndChangesNoCounter)
         Answer("lock", EINVAL);
         EXPECT_EQ(calls_t{"lock"}, Calls(operation));
         EXPECT_EQ("boost: mutex lock failed in pthread_mutex_lock: Invalid argument (generic 22)", failure());
+        Answer("lock", EINVAL);
+        Calls([&] { EXPECT_THROW(operation(), boost::lock_error); });
     }
     EXPECT_EQ(0u, m_busy);
     EXPECT_EQ(0u, m_bytes);

@@ -22,7 +22,9 @@
 #include "nelvo/core/exc/errno_exc.h"
 #include "nelvo/core/exc/runtime_exc.h"
 #include "nelvo/core/util/str.h"
+#include "nelvo/logging/log.h"
 #include "nelvo/monitoring/thread_state.h"
+#include "tests/support/lines_receiver.h"
 #include "tests/support/placed_thread.h"
 #include "tests/support/temp_folder.h"
 
@@ -209,6 +211,18 @@ TEST_F(ThreadStateCalls, TableIsHeldFromBehindTheQuestionUntilTheFileIsClosed)
     EXPECT_EQ((calls_t{"free: ask", "held: ask", "held: open", "held: cut", "held: write", "held: write",
                        "held: close"}),
               calls);
+}
+
+TEST_F(ThreadStateCalls, TableIsHeldWhileALogDumpIsWritten)
+{
+    const auto log = boost::make_shared<lines_receiver_t>();
+    std::vector<bool> held;
+    log->set_hook([&] { held.push_back(IsTableHeld()); });
+    logging::GetProcessLog()->set_receiver(log);
+    m_table.DumpToLog();
+    logging::GetProcessLog()->set_receiver({});
+    EXPECT_EQ((std::vector<bool>{true, true}), held);
+    EXPECT_FALSE(IsTableHeld());
 }
 
 TEST_F(ThreadStateCalls, FileThatGoesAfterTheQuestionIsAFailureAndNotCreated)

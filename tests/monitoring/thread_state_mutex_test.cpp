@@ -1,11 +1,14 @@
 #include "nelvo/monitoring/thread_state.h"
 
+#include <algorithm>
 #include <cerrno>
 
 #include <boost/make_shared.hpp>
 
 #include "nelvo/core/util/process_instance.h"
+#include "nelvo/posix/posix_file.h"
 #include "tests/support/pthread_calls.h"
+#include "tests/support/temp_folder.h"
 
 namespace
 {
@@ -68,6 +71,21 @@ TEST_F(ThreadStatesCollectionMutex, EachOperationButThoseOfTheLoggingFlagHoldsIt
     EXPECT_EQ(mutex, Locked([&] { table->SetTraceFile("run"); }).at(0));
     EXPECT_EQ((calls_t{"lock", "lock", "unlock", "unlock"}), Calls([&] { table->SetTraceFile("run"); }));
     EXPECT_EQ(calls_t(), Calls([&] { table->SetLoggingEnabled(!table->IsLoggingEnabled()); }));
+}
+
+// The first dump makes the counter of the thread's writes.
+TEST_F(ThreadStatesCollectionMutex, EachMarkOfAFileDumpReadsTheClockItself)
+{
+    const temp_folder_t folder;
+    const std::string path = folder / "state";
+    WriteFile(path, "");
+    const posix_file_ptr_t file = posix::posix_file_t::OpenReadWrite(path);
+    monitoring::CThreadState state("backup");
+    state.PushTrace("a");
+    state.PushTrace("b");
+    state.DumpToFile(file);
+    const calls_t calls = Calls([&] { state.DumpToFile(file); });
+    EXPECT_EQ(2, std::count(calls.begin(), calls.end(), "gettimeofday"));
 }
 
 // Each mark is the business of its thread.

@@ -4,6 +4,7 @@
 #include <future>
 #include <stdexcept>
 #include <string>
+#include <type_traits>
 
 #include <boost/make_shared.hpp>
 #include <boost/thread/thread.hpp>
@@ -149,6 +150,8 @@ TEST_F(ThreadState, KeepsRoleAndIdOfItsThread)
     const CThreadState state("backup");
     EXPECT_EQ("backup", state.GetRole());
     EXPECT_EQ(pthread_self(), state.GetThreadId());
+    static_assert(!std::is_polymorphic_v<monitoring::CThreadTrace> && !std::is_polymorphic_v<CThreadState> &&
+                  !std::is_polymorphic_v<CThreadStatesCollection>);
 }
 
 TEST_F(ThreadState, WithoutMarksHasOneLine)
@@ -531,4 +534,25 @@ TEST_F(Dumps, MarksGoToTheStateOfTheCallingThread)
                       InFile(*state));
             EXPECT_EQ(util::Format("Thread: %1. Role: \r\n", state->GetThreadId()), InFile(*unlisted));
         });
+}
+
+TEST_F(Dumps, ScopeThatEndsTakesTheMarkOfTheStateThatItsThreadHasByThen)
+{
+    const auto table = CThreadStatesCollection::GetInstance();
+    RunOnThreadAt(kFirst,
+                  [&]
+                  {
+                      const state_ptr_t before = boost::make_shared<CThreadState>("");
+                      const state_ptr_t by_then = boost::make_shared<CThreadState>("");
+                      by_then->PushTrace("b");
+                      table->Add(before);
+                      {
+                          const progress_scope_t scope(true, logging::channels::default_log, "a");
+                          table->Add(by_then);
+                      }
+                      table->Remove(by_then);
+                      const std::string thread = "Thread: " + ThisThread() + ". Role: \r\n";
+                      EXPECT_EQ(thread + "    Function: a. Time: 0 seconds ago.\r\n", InFile(*before));
+                      EXPECT_EQ(thread, InFile(*by_then));
+                  });
 }

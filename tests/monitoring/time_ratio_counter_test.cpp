@@ -144,6 +144,15 @@ TEST_F(TimeRatioCounter, CycleWithoutTimeAddsItsBytesAndMakesTheRatioZero)
     EXPECT_EQ((sums_t{300, 12}), Take());
 }
 
+// The clock goes back by what has run.
+TEST_F(TimeRatioCounter, CycleWithoutTimeAddsNoBusyTime)
+{
+    Run(10, 3, -10);
+    m_counter.Start();
+    EXPECT_EQ(0.0F, m_counter.GetRatio());
+    EXPECT_EQ((sums_t{0, 3}), Take());
+}
+
 TEST_F(TimeRatioCounter, RatioComesBackAfterACycleWithoutTime)
 {
     Run(300, 5, 700);
