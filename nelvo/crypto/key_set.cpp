@@ -100,14 +100,22 @@ const std::wstring& CKeySet::GetHint() const
     return m_hint;
 }
 
-std::string CKeySet::GetAlgorithmName() const { return KeyAlgorithmToString(GetAlgorithm()); }
+std::string CKeySet::GetAlgorithmName() const
+{
+    const lock_t lock(m_mutex);
+    return KeyAlgorithmToString(m_algorithm);
+}
 
-std::string CKeySet::GetRoleName() const { return KeyRoleToString(GetRole()); }
+std::string CKeySet::GetRoleName() const
+{
+    const lock_t lock(m_mutex);
+    return KeyRoleToString(m_role);
+}
 
 std::string CKeySet::GetCreationTimeText() const
 {
-    const SKeySetTime time = GetCreationTime();
-    const std::uint64_t units = std::uint64_t{time.high} << 32 | time.low;
+    const lock_t lock(m_mutex);
+    const std::uint64_t units = std::uint64_t{m_creationTime.high} << 32 | m_creationTime.low;
     const auto seconds = static_cast<std::time_t>(units / kUnitsPerSecond);
     std::tm fields = {};
     if (::gmtime_r(&seconds, &fields) == nullptr)
@@ -206,9 +214,9 @@ std::string CKeySet::ToString() const
 
 bool CKeySet::IsEqual(const ptr_t& other) const
 {
+    const lock_t lock(m_mutex);
     if (other == nullptr)
         return false;
-    const lock_t lock(m_mutex);
     return m_algorithm == other->GetAlgorithm() && m_role == other->GetRole() &&
            m_hint.size() == other->GetHint().size() && m_keys.size() == other->GetKeyCount() &&
            std::all_of(m_keys.begin(), m_keys.end(),

@@ -2,7 +2,8 @@
 
 // The keys of one algorithm and role under one id, with a hint, a time and the repair records of the set: the
 // unit in which keys are stored and exchanged. Held by a shared pointer. Any thread may use a set at any
-// time; the keys in it have no lock of their own (key.h).
+// time, and holds the set's lock as long as an operation takes; the keys in it have no lock of their own
+// (key.h).
 //
 // Stored form (io/binary_value.h), each number in 4 bytes: version 1, algorithm, hint (a string, in UTF-8),
 // role, number of keys, number of repair records, low and high half of the creation time; then the keys, the

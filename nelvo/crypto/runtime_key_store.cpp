@@ -36,12 +36,14 @@ CKeySet::ptr_t CRuntimeKeyStore::Find(const CKeySetId& id) const
 
 CKeySet::ptr_t CRuntimeKeyStore::Find(std::string_view id) const
 {
+    const lock_t lock(m_mutex);
     const auto value = IdFromText(id);
     return value != nullptr ? Find(*value) : nullptr;
 }
 
 CKeySet::ptr_t CRuntimeKeyStore::Get(const CKeySetId& id) const
 {
+    const lock_t lock(m_mutex);
     auto found = Find(id);
     if (found == nullptr)
         throw exc::runtime_exc_t("Key set (id: '%1') doesn't exist in runtime store.", id.ToString());
@@ -50,6 +52,7 @@ CKeySet::ptr_t CRuntimeKeyStore::Get(const CKeySetId& id) const
 
 CKeySet::ptr_t CRuntimeKeyStore::Get(const CKeySetId::ptr_t& id) const
 {
+    const lock_t lock(m_mutex);
     if (id == nullptr)
         throw exc::runtime_exc_t("Key set ID is not specified.");
     return Get(*id);
@@ -57,9 +60,9 @@ CKeySet::ptr_t CRuntimeKeyStore::Get(const CKeySetId::ptr_t& id) const
 
 void CRuntimeKeyStore::Add(const CKeySet::ptr_t& key_set)
 {
+    const lock_t lock(m_mutex);
     if (key_set == nullptr)
         throw exc::runtime_exc_t("Key set is not specified.");
-    const lock_t lock(m_mutex);
     auto clone = key_set->Clone();
     m_keySets[CKeySetId::ValueOf(clone->GetId())] = std::move(clone);
 }

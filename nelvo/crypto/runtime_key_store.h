@@ -1,7 +1,8 @@
 #pragma once
 
 // The key sets that the process has in memory, by their ids. Held by a shared pointer; the common library
-// context has one. Any thread may use it at any time.
+// context has one. Any thread may use it at any time, and holds the store's lock as long as an operation
+// takes.
 
 #include <map>
 #include <string>

@@ -54,6 +54,7 @@ extern "C" std::tm* BreakDownOrFail(const std::time_t* time, std::tm* fields) __
 
 std::tm* BreakDownOrFail(const std::time_t* time, std::tm* fields)
 {
+    NoteAmongCalls("g");
     if (g_gmtime_errno == 0)
         return BreakDown(time, fields);
     errno = g_gmtime_errno;
@@ -72,7 +73,6 @@ TEST(KeySetCalls, EachOperationLocksTheSet)
         {"GetHint", [&] { key_set->GetHint(); }},
         {"GetAlgorithmName", [&] { key_set->GetAlgorithmName(); }},
         {"GetRoleName", [&] { key_set->GetRoleName(); }},
-        {"GetCreationTimeText", [&] { key_set->GetCreationTimeText(); }},
         {"GetKeys", [&] { key_set->GetKeys(); }},
         {"SetKeys", [&] { key_set->SetKeys({}); }},
         {"GetRepairRecords", [&] { key_set->GetRepairRecords(); }},
@@ -89,6 +89,33 @@ TEST(KeySetCalls, EachOperationLocksTheSet)
     };
     for (const auto& [name, operation] : operations)
         EXPECT_EQ("a+a-", Calls(*key_set, operation)) << name;
+}
+
+TEST(KeySetCalls, LockIsTheFirstOfWhatASetHas)
+{
+    const CKeySet::ptr_t key_set = GoldenSet();
+    EXPECT_EQ("a+a-", MutexCalls({{key_set.get(), sizeof(boost::recursive_mutex), 'a'}},
+                                 [&] { key_set->GetRole(); }));
+}
+
+TEST(KeySetCalls, TimeIsBrokenDownUnderTheLock)
+{
+    const CKeySet::ptr_t key_set = GoldenSet();
+    EXPECT_EQ("a+ga-", Calls(*key_set, [&] { key_set->GetCreationTimeText(); }));
+}
+
+TEST(KeySetCalls, ListThatIsReplacedGoesUnderTheLock)
+{
+    const auto release = [](auto* element)
+    {
+        NoteAmongCalls("r");
+        delete element;
+    };
+    const CKeySet::ptr_t key_set = MakeSet(1);
+    key_set->SetKeys({{new crypto::CKey(0, Secure("")), release}});
+    key_set->SetRepairRecords({{new crypto::CRestoreKeyRepairRec(IdOf(1), SharedSecure("")), release}});
+    EXPECT_EQ("a+ra-", Calls(*key_set, [&] { key_set->SetKeys({}); }));
+    EXPECT_EQ("a+ra-", Calls(*key_set, [&] { key_set->SetRepairRecords({}); }));
 }
 
 TEST(KeySetCalls, TextIsMadeUnderOneLock)
@@ -127,6 +154,7 @@ TEST(KeySetCalls, ComparisonEndsWithTheFirstDifference)
         return boost::make_shared<CKeySet>(IdOf(1), algorithm, hint, role, CKeySet::keys_t{MakeKey(0, "a")},
                                            CKeySet::repair_records_t(), crypto::SKeySetTime());
     };
+    EXPECT_EQ("a+a-", Calls(*key_set, [&] { EXPECT_FALSE(key_set->IsEqual(nullptr)); }));
     EXPECT_EQ("a+b+b-a-", CallsToCompare(key_set, with(2, 6, L""), false));
     EXPECT_EQ("a+b+b-b+b-a-", CallsToCompare(key_set, with(1, 6, L""), false));
     EXPECT_EQ("a+b+b-b+b-b+b-a-", CallsToCompare(key_set, with(1, 5, L""), false));

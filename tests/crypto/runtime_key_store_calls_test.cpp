@@ -37,16 +37,23 @@ protected:
 
 } // namespace
 
+TEST_F(RuntimeKeyStoreCalls, LockIsTheFirstOfWhatAStoreHas)
+{
+    EXPECT_EQ("s+s-",
+              MutexCalls({{&m_store, sizeof(boost::recursive_mutex), 's'}}, [&] { m_store.Find(*IdOf(1)); }));
+}
+
 TEST_F(RuntimeKeyStoreCalls, EachOperationLocksTheStore)
 {
     const std::map<std::string, std::function<void()>> operations = {
         {"Find", [&] { m_store.Find(*IdOf(1)); }},
         {"Find, nothing", [&] { m_store.Find(*IdOf(2)); }},
-        {"Find, text", [&] { m_store.Find("01000000000000000000000000000000"); }},
-        {"Get", [&] { m_store.Get(*IdOf(1)); }},
-        {"Get, pointer", [&] { m_store.Get(IdOf(1)); }},
-        {"Get, nothing", [&] { EXPECT_ANY_THROW(m_store.Get(IdOf(2))); }},
+        {"Find, no id", [&] { m_store.Find("0100"); }},
+        {"Find, no text", [&] { m_store.Find(""); }},
+        {"Get, no pointer", [&] { EXPECT_ANY_THROW(m_store.Get(crypto::CKeySetId::ptr_t())); }},
         {"Add", [&] { m_store.Add(m_set); }},
+        {"Add, nothing", [&] { EXPECT_ANY_THROW(m_store.Add(nullptr)); }},
+        {"AddAll, nothing", [&] { m_store.AddAll({}); }},
         {"CollectByRole", [&] { m_store.CollectByRole(5, m_sets); }},
         {"CloneAll", [&] { m_store.CloneAll(m_sets); }},
         {"ListIds", [&] { m_store.ListIds(m_ids); }},
@@ -57,13 +64,22 @@ TEST_F(RuntimeKeyStoreCalls, EachOperationLocksTheStore)
         EXPECT_EQ("s+s-", Calls(operation)) << name;
 }
 
+TEST_F(RuntimeKeyStoreCalls, OneOperationStandsOnAnotherUnderItsOwnLock)
+{
+    EXPECT_EQ("s+s+s-s-", Calls([&] { m_store.Find("01000000000000000000000000000000"); }));
+    EXPECT_EQ("s+s+s-s-", Calls([&] { m_store.Get(*IdOf(1)); }));
+    EXPECT_EQ("s+s+s-s-", Calls([&] { EXPECT_ANY_THROW(m_store.Get(*IdOf(2))); }));
+    EXPECT_EQ("s+s+s+s-s-s-", Calls([&] { m_store.Get(IdOf(1)); }));
+    EXPECT_EQ("s+s+s+s-s-s-", Calls([&] { EXPECT_ANY_THROW(m_store.Get(IdOf(2))); }));
+}
+
 TEST_F(RuntimeKeyStoreCalls, SeveralSetsAreAddedUnderOneLock)
 {
     EXPECT_EQ("s+s+s-s+s-s-", Calls([&] { m_store.AddAll({MakeSet(2), MakeSet(3)}); }));
-    EXPECT_EQ("s+s+s-s-", Calls(
-                              [&] {
-                                  EXPECT_ANY_THROW(m_store.AddAll({MakeSet(2), nullptr, MakeSet(3)}));
-                              }));
+    EXPECT_EQ("s+s+s-s+s-s-", Calls(
+                                  [&] {
+                                      EXPECT_ANY_THROW(m_store.AddAll({MakeSet(2), nullptr, MakeSet(3)}));
+                                  }));
 }
 
 TEST_F(RuntimeKeyStoreCalls, LockOfASetIsTakenUnderTheStores)
