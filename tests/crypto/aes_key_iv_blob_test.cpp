@@ -10,6 +10,7 @@
 #include "tests/support/block_limit.h"
 #include "tests/support/golden.h"
 #include "tests/support/made_secret.h"
+#include "tests/support/place_in.h"
 #include "tests/support/thrown.h"
 
 using crypto::CAesKeyIVBlob;
@@ -40,6 +41,13 @@ const char kEmptyForm[] = "00 00 00 00 00 00 00 00 00 00 00 00 00 00 00 00 00 00
 } // namespace
 
 TEST(AesKeyIVBlob, HasNoVirtualOperations) { EXPECT_FALSE(std::is_polymorphic_v<CAesKeyIVBlob>); }
+
+TEST(AesKeyIVBlob, IsASharedKeyAndASharedVectorAndNoLock)
+{
+    const CAesKeyIVBlob blob(SharedSecure(""), nullptr);
+    EXPECT_EQ(2 * sizeof(crypto::secure_array_ptr_t), sizeof(blob));
+    EXPECT_EQ(sizeof(crypto::secure_array_ptr_t), PlaceIn(blob, blob.GetIv()));
+}
 
 TEST(AesKeyIVBlob, SharesBothArrays)
 {
@@ -107,6 +115,16 @@ TEST(AesKeyIVBlob, ReservedBytesAreNotLookedAt)
 TEST(AesKeyIVBlob, WhatStandsBehindTheFormIsNotRead)
 {
     EXPECT_EQ(Hex(SecretGolden("aes_key_iv_blob")), Reread(SecretGolden("aes_key_iv_blob") + "more"));
+}
+
+TEST(AesKeyIVBlob, FormIsReadWhereItStands)
+{
+    const auto form = SharedSecure(SecretGolden("aes_key_iv_blob"));
+    form->resize((1U << 20U) + 1);
+    LimitBlocks(1U << 20U);
+    const auto blob = CAesKeyIVBlob::FromBlob(form);
+    LimitBlocks(SIZE_MAX);
+    EXPECT_EQ("a1 aa f7 18 dd 56", Hex(Text(*blob->GetIv())));
 }
 
 TEST(AesKeyIVBlob, CutOffFormIsReadWithZeros)

@@ -89,6 +89,14 @@ TEST(KeySetCollection, AddsTheSetsOfAnotherAndSharesThem)
     EXPECT_EQ(key_set, collection.FindById(*IdOf(2)));
 }
 
+TEST(KeySetCollection, AddsTheSetsOfAnotherBehindItsOwnInTheirOrder)
+{
+    CKeySetCollection collection = Of({SetWithRole(1, 1), SetWithRole(2, 2)});
+    collection.AddAll(Of({SetWithRole(2, 3), SetWithRole(1, 4)}));
+    EXPECT_EQ(StoredForm(Of({SetWithRole(1, 1), SetWithRole(2, 2), SetWithRole(2, 3), SetWithRole(1, 4)})),
+              StoredForm(collection));
+}
+
 TEST(KeySetCollection, AddsItsOwnSetsOnceMore)
 {
     CKeySetCollection collection = Of({MakeSet(1), MakeSet(2)});

@@ -13,6 +13,7 @@
 #include "tests/crypto/key_set_vocabulary.h"
 #include "tests/support/block_limit.h"
 #include "tests/support/golden.h"
+#include "tests/support/place_in.h"
 #include "tests/support/stub_dev.h"
 #include "tests/support/thrown.h"
 #include "tests/support/time_zone.h"
@@ -61,6 +62,13 @@ const char kZeroId[] = "10 00 00 00 00 00 00 00 00 00 00 00 00 00 00 00 00 00 00
 } // namespace
 
 TEST(KeySet, HasNoVirtualOperations) { EXPECT_FALSE(std::is_polymorphic_v<CKeySet>); }
+
+TEST(KeySet, HintStandsBehindLockAlgorithmAndId)
+{
+    const CKeySet::ptr_t key_set = MakeSet(1);
+    EXPECT_EQ(sizeof(boost::recursive_mutex) + sizeof(std::uint64_t) + sizeof(crypto::CKeySetId::ptr_t),
+              PlaceIn(*key_set, key_set->GetHint()));
+}
 
 TEST(KeySet, HasWhatItWasMadeOf)
 {

@@ -1,5 +1,7 @@
 #include "nelvo/crypto/key.h"
 
+#include <cstring>
+#include <future>
 #include <type_traits>
 
 #include <boost/make_shared.hpp>
@@ -58,6 +60,15 @@ std::string FailureToCast(const CKey& key)
 
 TEST(Key, HasNoVirtualOperations) { EXPECT_FALSE(std::is_polymorphic_v<CKey>); }
 
+TEST(Key, IsATypeWithAShareOfItsBytesAndNoLock)
+{
+    EXPECT_EQ(sizeof(std::uint64_t) + sizeof(crypto::secure_array_ptr_t), sizeof(CKey));
+    const key_ptr_t key = Key(0x01020304, "");
+    std::uint32_t first = 0;
+    std::memcpy(&first, static_cast<const void*>(key.get()), sizeof(first));
+    EXPECT_EQ(0x01020304u, first);
+}
+
 TEST(Key, HasATypeAndItsOwnBytes)
 {
     crypto::secure_array_t bytes = Secure(kKey);
@@ -113,6 +124,24 @@ TEST(Key, EqualsNoneThatDiffersOrIsNotThere)
     EXPECT_FALSE(key->Equals(KeyWithout(0)));
     EXPECT_FALSE(key->Equals(KeyWithout(kKey.size() - 1)));
     EXPECT_FALSE(key->Equals(Key(1, "")));
+}
+
+TEST(Key, ManyThreadsMayReadItAtOnce)
+{
+    const key_ptr_t key = Key(1, kKey);
+    const auto read = [&key]
+    {
+        for (int i = 0; i != 100; ++i)
+        {
+            EXPECT_TRUE(key->Equals(key->Clone()));
+            EXPECT_EQ(kKey, Text(*key->CopyData()));
+            EXPECT_EQ(1u, key->GetType());
+            EXPECT_EQ("01 00 00 00 10 00 00 00", Stored(*key).substr(0, 23));
+        }
+    };
+    auto other = std::async(std::launch::async, read);
+    read();
+    other.get();
 }
 
 TEST(Key, WipedOneHasNoBytesAndAnUnknownType)
@@ -242,6 +271,17 @@ TEST(Key, AesKeyHoldsABlob)
     const auto blob = key->ToAesKeyIVBlob();
     key->Wipe(); // shared with nobody
     EXPECT_EQ("11 da e7 c8 4d 86 c3 94", Hex(std::string_view(blob->GetKeyBytes(), 8)));
+    EXPECT_EQ("a1 aa f7 18 dd 56", Hex(Text(*blob->GetIv())));
+}
+
+TEST(Key, BlobIsReadWhereItStandsInTheKey)
+{
+    crypto::secure_array_t form = Secure(SecretGolden("aes_key_iv_blob"));
+    form.resize((1U << 20U) + 1);
+    const CKey key(2, form);
+    LimitBlocks(1U << 20U);
+    const auto blob = key.ToAesKeyIVBlob();
+    LimitBlocks(SIZE_MAX);
     EXPECT_EQ("a1 aa f7 18 dd 56", Hex(Text(*blob->GetIv())));
 }
 

@@ -6,6 +6,7 @@
 #include "nelvo/core/exc/runtime_exc.h"
 #include "tests/crypto/key_set_vocabulary.h"
 #include "tests/support/golden.h"
+#include "tests/support/place_in.h"
 #include "tests/support/stub_dev.h"
 #include "tests/support/thrown.h"
 
@@ -57,6 +58,13 @@ policy_t Encrypt() { return {true, Id(), true}; }
 
 } // namespace
 
+TEST(ProcessingPolicy, IsASwitchAnIdAndAFlagAndNoLock)
+{
+    EXPECT_EQ(2 * sizeof(std::uint64_t) + sizeof(crypto::CKeySetId::ptr_t), sizeof(policy_t));
+    EXPECT_EQ(1, *reinterpret_cast<const char*>(&kDecrypt));
+    EXPECT_EQ(sizeof(std::uint64_t), PlaceIn(kDecrypt, kDecrypt.GetTargetKeySetId()));
+}
+
 TEST(ProcessingPolicy, NewOneIsToDoNothing)
 {
     EXPECT_EQ(0u, kNone.GetType());
@@ -93,6 +101,7 @@ TEST(ProcessingPolicy, RequiresAKeySetWhateverItsTypeIs)
 {
     EXPECT_NO_THROW(Encrypt().RequireKey());
     EXPECT_NO_THROW(policy_t(false, Id(), false).RequireKey());
+    EXPECT_NO_THROW(policy_t(true, boost::make_shared<crypto::CKeySetId>(), false).RequireKey());
     EXPECT_EQ("Encryption key is not specified for crypto processing policy (type:'enNoCryptoProcessing').",
               Thrown<exc::runtime_exc_t>([] { kNone.RequireKey(); }));
     EXPECT_EQ("Encryption key is not specified for crypto processing policy (type:'enDecrypt').",

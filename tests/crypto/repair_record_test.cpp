@@ -10,6 +10,7 @@
 #include "tests/crypto/stored_parts.h"
 #include "tests/support/block_limit.h"
 #include "tests/support/golden.h"
+#include "tests/support/place_in.h"
 #include "tests/support/stub_dev.h"
 #include "tests/support/thrown.h"
 
@@ -43,6 +44,13 @@ std::string Stored(const CRestoreKeyRepairRec& record)
 } // namespace
 
 TEST(RepairRecord, HasNoVirtualOperations) { EXPECT_FALSE(std::is_polymorphic_v<CRestoreKeyRepairRec>); }
+
+TEST(RepairRecord, IsASharedIdAndSharedData)
+{
+    const CRestoreKeyRepairRec record(nullptr, nullptr);
+    EXPECT_EQ(sizeof(CKeySetId::ptr_t) + sizeof(crypto::secure_array_ptr_t), sizeof(record));
+    EXPECT_EQ(0u, PlaceIn(record, record.GetMasterKeySetId()));
+}
 
 TEST(RepairRecord, SharesIdAndData)
 {

@@ -1,6 +1,7 @@
 #include "nelvo/crypto/runtime_key_store.h"
 
 #include <future>
+#include <type_traits>
 
 #include <boost/make_shared.hpp>
 #include <gtest/gtest.h>
@@ -67,6 +68,11 @@ protected:
 };
 
 } // namespace
+
+TEST_F(RuntimeKeyStore, HasNoVirtualOperations)
+{
+    EXPECT_FALSE(std::is_polymorphic_v<crypto::CRuntimeKeyStore>);
+}
 
 TEST_F(RuntimeKeyStore, SetIsFoundByItsId)
 {
