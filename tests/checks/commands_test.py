@@ -358,6 +358,24 @@ class Faults(Commands):
         self.assertEqual([*self.BUILD, f"sudo {self.CAMPAIGN} --quick"], self.run_command(self.command, "--quick")[1])
 
 
+class Mutate(Commands):
+    BOOTSTRAPS = ["bootstrap ", "bootstrap script/packages-mutate.txt"]
+    TRIAL = "python3 -B tests/mutation/mutate.py"
+
+    def setUp(self):
+        self.command = self.make("mutate", {"script/bootstrap": "#!/bin/sh\n" + NOTES},
+                                 {"python3": NOTES + "echo table; exit 3\n", "id": "echo 0\n"})
+
+    def test_ends_as_the_trial_of_the_mutants_does(self):
+        result, calls = self.run_command(self.command, "--seed", "2", "nelvo/io")
+        self.assertEqual([*self.BOOTSTRAPS, self.TRIAL + " --seed 2 nelvo/io"], calls)
+        self.assertEqual((3, "table\n"), (result.returncode, result.stdout))
+
+    def test_becomes_root_by_sudo(self):
+        self.become(id="echo 1000\n", sudo='echo "sudo $*" >> "$CALLS"\n')
+        self.assertEqual([*self.BOOTSTRAPS, f"sudo {self.TRIAL} --list"], self.run_command(self.command, "--list")[1])
+
+
 class Proof(Commands):
     """A command that builds something, and runs a script of the tests over it."""
 
