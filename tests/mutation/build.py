@@ -79,7 +79,7 @@ class Build:
         self._limit = limit
         self._environment = {**os.environ, "CCACHE_DIR": str(pathlib.Path(folder).parent / "ccache"),
                              "CCACHE_BASEDIR": str(self.tree), "CCACHE_NOHASHDIR": "1",
-                             "CCACHE_SLOPPINESS": "pch_defines,time_macros"}
+                             "CCACHE_DEPEND": "1", "CCACHE_SLOPPINESS": "pch_defines,time_macros"}
         self.programs = None
 
     def prepare(self):
