@@ -84,6 +84,10 @@ class KnownSteps:
         self.seconds = {}
 
     @staticmethod
+    def parts(step):
+        return [step]
+
+    @staticmethod
     def steps(path, compiled):
         return [Step("tests/core/a_test", ("A",)), Step("tests/run/run_test")]
 
@@ -105,9 +109,9 @@ class MadeBuild(Build):
         self.done.append(("build", *programs, self.source() != SOURCE))
         return (1 if programs[0] in self.unbuilt else 0), ""
 
-    def _test(self, program, pattern="*"):
-        self.done.append(("test", program, pattern))
-        status = self.statuses.get(program, 0)
+    def _test(self, step):
+        self.done.append(("test", step.program, step.filter()))
+        status = self.statuses.get(step.program, 0)
         return status, "[ RUN      ] A.B\n[  FAILED  ] A.B (0 ms)\n" if status == 1 else ""
 
 

@@ -5,6 +5,7 @@ import os
 import subprocess
 import sys
 import unittest
+import unittest.mock
 
 sys.path.insert(0, os.path.join(os.path.dirname(os.path.abspath(__file__)), "../checks"))
 
@@ -67,6 +68,15 @@ class OfABuild(unittest.TestCase):
         steps = self.programs.steps("nelvo/posix/a.h", ["nelvo/io/pool.cpp", "tests/run/machine.cpp"])
         self.assertEqual([Step("tests/io/io_test"), Step("tests/run/run_test")], steps)
 
+    def test_a_suite_that_has_to_be_alone_is(self):
+        with unittest.mock.patch.dict(programs.ALONE, {"Guid": "", "Main": ""}):
+            self.assertEqual([Step("tests/core/core_failure_test", ("GuidFailure",)),
+                              Step("tests/core/core_test", ("GuidText",)), Step("tests/core/core_test", ("Guid",)),
+                              Step("tests/core/core_failure_test"), Step("tests/core/core_test", (), ("Guid",)),
+                              Step("tests/core/core_test", ("Guid",)), Step("tests/run/run_test", (), ("Main",)),
+                              Step("tests/run/run_test", ("Main",))],
+                             self.programs.steps("nelvo/core/guid.cpp", ["nelvo/core/guid.cpp"]))
+
     def test_of_those_that_have_it_the_quickest_comes_first(self):
         self.programs.seconds = {"tests/core/core_test": 2, "tests/core/core_failure_test": 3, "tests/run/run_test": 1}
         steps = self.programs.steps("tool/guid.cpp", ["tool/guid.cpp"])
@@ -91,6 +101,7 @@ class Small(unittest.TestCase):
     def test_a_filter_takes_suites_with_types_and_values_too(self):
         self.assertEqual("A.*:*/A.*:A/*:B.*:*/B.*:B/*", Step("p", ("A", "B")).filter())
         self.assertEqual("*", Step("p").filter())
+        self.assertEqual("*-A.*:B.*", Step("p", (), ("A", "B")).filter())
 
     def test_sources_of_a_program_are_found_in_it(self):
         with MadeTree({"some_name.cpp": "int main() {}\n"}) as root:
