@@ -254,6 +254,18 @@ TEST(Format, ReferencesAreReadAsStrtolReadsThem)
     EXPECT_EQ(0u, mismatches);
 }
 
+// Up to 512 characters are put together in one place, and eight at a time.
+TEST(Format, ATextOfAnyLengthStaysWhole)
+{
+    std::string text;
+    for (char letter = 'a'; text.size() != 1100; letter = letter == 'z' ? 'a' : static_cast<char>(letter + 1))
+    {
+        text += letter;
+        EXPECT_EQ(text, Format(text, 1));
+        EXPECT_EQ(text + "-", Format(text + "%1", '-'));
+    }
+}
+
 TEST(Format, ATemplateOfAMebibyteIsFilledInWhole)
 {
     constexpr std::size_t kSize = 1024 * 1024;
