@@ -133,7 +133,7 @@ class Build:
         return run(command, self.tree, _BUILD_LIMIT, self._environment)
 
     def _build(self, programs):
-        return self._run(["nice", "-n", "5", "ninja", "-C", str(self.folder), "-j", "1", *programs])
+        return self._run(["ninja", "-C", str(self.folder), "-j", "1", *programs])
 
     def _test(self, step):
         path = self.folder / step.program

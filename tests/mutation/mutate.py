@@ -257,3 +257,5 @@ if __name__ == "__main__":
         sys.exit(0 if main(sys.argv[1:]) else 1)
     except Unbuilt as failure:
         sys.exit(str(failure))
+    except KeyboardInterrupt:
+        sys.exit(128 + signal.SIGINT)
