@@ -2,11 +2,37 @@
 
 #include <cstdint>
 #include <limits>
+#include <locale>
 #include <string>
 
 #include <gtest/gtest.h>
 
 using namespace std::string_literals;
+
+namespace
+{
+
+// The global locale of C++, as long as this lives: decimals stand behind a comma, and points part all digits.
+class comma_locale_t
+{
+public:
+    comma_locale_t() : m_before(std::locale::global(std::locale(std::locale::classic(), new commas_t))) {}
+    ~comma_locale_t() { std::locale::global(m_before); }
+    comma_locale_t(const comma_locale_t&) = delete;
+    comma_locale_t& operator=(const comma_locale_t&) = delete;
+
+private:
+    class commas_t : public std::numpunct<char>
+    {
+        char do_decimal_point() const override { return ','; }
+        char do_thousands_sep() const override { return '.'; }
+        std::string do_grouping() const override { return "\1"; }
+    };
+
+    std::locale m_before;
+};
+
+} // namespace
 
 TEST(ToText, NumbersAreDecimal)
 {
@@ -141,6 +167,13 @@ TEST(SizeText, RoundingDoesNotCarryIntoTheNextUnit)
 {
     EXPECT_EQ("1024.000 MiB", util::SizeText(1073741823));
     EXPECT_EQ("1024.000 GiB", util::SizeText(1099511627775));
+}
+
+TEST(SizeText, IsTheSameInAnyLocale)
+{
+    const comma_locale_t locale;
+    EXPECT_EQ("1023", util::SizeText(1023));
+    EXPECT_EQ("1023.999 KiB", util::SizeText(1048575));
 }
 
 TEST(SizeText, TheWideFormDoesTheSame)
