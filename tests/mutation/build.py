@@ -82,14 +82,16 @@ class Build:
                              "CCACHE_DEPEND": "1", "CCACHE_SLOPPINESS": "pch_defines,time_macros"}
         self.programs = None
 
-    def prepare(self):
-        """Brings the copy up to date and builds all programs of tests."""
+    def prepare(self, wanted=lambda path: True):
+        """Brings the copy up to date and builds all programs of tests that are wanted by their paths. The others are
+        built when a mutant needs them."""
         copy_tree(self._root, self.tree)
         status, output = self._run(["cmake", "--preset", "debug", *_OPTIONS])
         if status != 0:
             raise Unbuilt(output)
         self.programs = Programs(self.tree, self.folder)
-        status, output = self._build(self.programs.sources)
+        programs = [program for program in self.programs.sources if wanted(self.folder / program)]
+        status, output = self._build(programs) if programs else (0, "")
         if status != 0:
             raise Unbuilt(output)
         self.programs.look()

@@ -195,7 +195,7 @@ def replay(root, tree, wanted, limit):
     if missing := [each for each in wanted if each not in all_mutants]:
         raise Unbuilt(f"there is no mutant {' '.join(missing)}")
     build = Build(root, root / "build/mutate/0", limit)
-    build.prepare()
+    build.prepare(lambda path: not path.exists())
     good = True
     for mutant in map(all_mutants.get, wanted):
         verdict, by = build.try_mutant(mutant, tree.compiled_with(mutant.path))
