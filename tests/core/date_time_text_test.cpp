@@ -6,6 +6,7 @@
 
 #include "nelvo/core/date_time.h"
 #include "nelvo/core/exc/runtime_exc.h"
+#include "tests/support/global_locale.h"
 #include "tests/support/thrown.h"
 
 using datetime::CDateTime;
@@ -26,31 +27,19 @@ std::string IsoText(const CDateTime& value) { return value.ToString(CDateTime::k
 
 CDateTime FromIso(const std::string& text) { return CDateTime::FromString(text, CDateTime::kIsoFormat); }
 
-// The global locale of C++, as long as this lives: for it a star is white space, and no blank is.
-class starry_locale_t
+// A star is white space, and no blank is.
+class stars_t : public std::ctype<char>
 {
 public:
-    starry_locale_t() : m_before(std::locale::global(std::locale(std::locale::classic(), new stars_t))) {}
-    ~starry_locale_t() { std::locale::global(m_before); }
-    starry_locale_t(const starry_locale_t&) = delete;
-    starry_locale_t& operator=(const starry_locale_t&) = delete;
+    stars_t() : std::ctype<char>(Table()) {}
 
 private:
-    class stars_t : public std::ctype<char>
+    static const mask* Table()
     {
-    public:
-        stars_t() : std::ctype<char>(Table()) {}
-
-    private:
-        static const mask* Table()
-        {
-            static mask table[table_size] = {};
-            table[std::size_t{'*'}] = space;
-            return table;
-        }
-    };
-
-    std::locale m_before;
+        static mask table[table_size] = {};
+        table[std::size_t{'*'}] = space;
+        return table;
+    }
 };
 
 void ExpectLeapDayInUtc(const CDateTime& value)
@@ -146,7 +135,7 @@ TEST(DateTimeFromString, RefusesWithOneTextWhatIsNoDate)
 
 TEST(DateTimeFromString, DoesNotLookAtTheGlobalLocale)
 {
-    const starry_locale_t guard;
+    const global_locale_tt<stars_t> guard;
     ExpectLeapDayInUtc(FromIso("  2024-02-29 23:59:58"));
     EXPECT_EQ("Unable to convert string [*2024-02-29 23:59:58] with date format [%Y-%m-%d %H:%M:%S] to "
               "DateTime.",

@@ -7,29 +7,19 @@
 
 #include <gtest/gtest.h>
 
+#include "tests/support/global_locale.h"
+
 using namespace std::string_literals;
 
 namespace
 {
 
-// The global locale of C++, as long as this lives: decimals stand behind a comma, and points part all digits.
-class comma_locale_t
+// Decimals stand behind a comma, and points part all digits.
+class commas_t : public std::numpunct<char>
 {
-public:
-    comma_locale_t() : m_before(std::locale::global(std::locale(std::locale::classic(), new commas_t))) {}
-    ~comma_locale_t() { std::locale::global(m_before); }
-    comma_locale_t(const comma_locale_t&) = delete;
-    comma_locale_t& operator=(const comma_locale_t&) = delete;
-
-private:
-    class commas_t : public std::numpunct<char>
-    {
-        char do_decimal_point() const override { return ','; }
-        char do_thousands_sep() const override { return '.'; }
-        std::string do_grouping() const override { return "\1"; }
-    };
-
-    std::locale m_before;
+    char do_decimal_point() const override { return ','; }
+    char do_thousands_sep() const override { return '.'; }
+    std::string do_grouping() const override { return "\1"; }
 };
 
 } // namespace
@@ -171,7 +161,7 @@ TEST(SizeText, RoundingDoesNotCarryIntoTheNextUnit)
 
 TEST(SizeText, IsTheSameInAnyLocale)
 {
-    const comma_locale_t locale;
+    const global_locale_tt<commas_t> locale;
     EXPECT_EQ("1023", util::SizeText(1023));
     EXPECT_EQ("1023.999 KiB", util::SizeText(1048575));
 }
