@@ -15,7 +15,7 @@ thread_local bool g_limited = false;
 fuzz::limit_t::limit_t() : m_outer(g_limited) { g_limited = true; }
 fuzz::limit_t::~limit_t() { g_limited = m_outer; }
 
-// NOLINTBEGIN(bugprone-reserved-identifier): the linker's names
+// NOLINTBEGIN(clang-diagnostic-reserved-identifier): the linker's names
 extern "C" void* __real_malloc(std::size_t size);
 
 extern "C" void* __wrap_malloc(std::size_t size)
@@ -36,7 +36,7 @@ extern "C" void* __wrap_realloc(void* block, std::size_t size)
 {
     return g_limited && size > kMost ? nullptr : __real_realloc(block, size);
 }
-// NOLINTEND(bugprone-reserved-identifier)
+// NOLINTEND(clang-diagnostic-reserved-identifier)
 
 void* operator new(std::size_t size, const std::nothrow_t&) noexcept
 {

@@ -27,14 +27,14 @@
 #include "fuzz/fuzz_target.h"
 
 // A sanitizer's finding raises a signal, as all others do.
-// NOLINTBEGIN(bugprone-reserved-identifier): the runtimes look for these names.
+// NOLINTBEGIN(clang-diagnostic-reserved-identifier): the runtimes look for these names.
 extern "C" const char* __asan_default_options()
 {
     return "abort_on_error=1:check_initialization_order=1:strict_init_order=1:detect_stack_use_after_return=1";
 }
 extern "C" const char* __tsan_default_options() { return "abort_on_error=1:halt_on_error=1"; }
 extern "C" const char* __ubsan_default_options() { return "abort_on_error=1:print_stacktrace=1"; }
-// NOLINTEND(bugprone-reserved-identifier)
+// NOLINTEND(clang-diagnostic-reserved-identifier)
 
 namespace
 {

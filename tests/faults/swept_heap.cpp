@@ -9,7 +9,7 @@
 
 #include "tests/support/failing_memory.h"
 
-// NOLINTBEGIN(bugprone-reserved-identifier): the linker's names.
+// NOLINTBEGIN(clang-diagnostic-reserved-identifier): the linker's names.
 
 extern "C" void* __real_malloc(std::size_t size);
 extern "C" void* __real_calloc(std::size_t count, std::size_t size);
@@ -150,4 +150,4 @@ extern "C" void __wrap_free(void* block)
     __real_free(block);
 }
 
-// NOLINTEND(bugprone-reserved-identifier)
+// NOLINTEND(clang-diagnostic-reserved-identifier)

@@ -220,7 +220,7 @@ extern "C" int lchown(const char* path, uid_t uid, gid_t gid) noexcept
 }
 
 // What fortified callers call instead.
-// NOLINTBEGIN(bugprone-reserved-identifier): the linker's names.
+// NOLINTBEGIN(clang-diagnostic-reserved-identifier): the linker's names.
 extern "C" ssize_t __read_chk(int descriptor, void* data, std::size_t size, std::size_t)
 {
     return ::read(descriptor, data, size);
@@ -230,7 +230,7 @@ extern "C" ssize_t __readlink_chk(const char* path, char* buffer, std::size_t si
 {
     return ::readlink(path, buffer, size);
 }
-// NOLINTEND(bugprone-reserved-identifier)
+// NOLINTEND(clang-diagnostic-reserved-identifier)
 
 namespace
 {

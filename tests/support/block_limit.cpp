@@ -12,7 +12,7 @@ std::atomic<std::size_t> g_most = SIZE_MAX;
 
 void LimitBlocks(std::size_t most) { g_most = most; }
 
-// NOLINTBEGIN(bugprone-reserved-identifier): the linker's names.
+// NOLINTBEGIN(clang-diagnostic-reserved-identifier): the linker's names.
 
 extern "C" void* __real_calloc(std::size_t count, std::size_t size);
 extern "C" void* __wrap_calloc(std::size_t count, std::size_t size);
@@ -22,4 +22,4 @@ extern "C" void* __wrap_calloc(std::size_t count, std::size_t size)
     return size != 0 && count > g_most / size ? nullptr : __real_calloc(count, size);
 }
 
-// NOLINTEND(bugprone-reserved-identifier)
+// NOLINTEND(clang-diagnostic-reserved-identifier)

@@ -30,7 +30,7 @@ std::string FreedBytes()
     return std::string(g_bytes.data(), g_freed ? g_size : 0);
 }
 
-// NOLINTBEGIN(bugprone-reserved-identifier): the linker's names.
+// NOLINTBEGIN(clang-diagnostic-reserved-identifier): the linker's names.
 
 extern "C" void __real_free(void* block);
 extern "C" void __wrap_free(void* block);
@@ -46,4 +46,4 @@ extern "C" void __wrap_free(void* block)
     __real_free(block);
 }
 
-// NOLINTEND(bugprone-reserved-identifier)
+// NOLINTEND(clang-diagnostic-reserved-identifier)

@@ -3,7 +3,7 @@
 // asks it for too much takes that of failing_memory.h, which throws. An object that an initialiser of another
 // source uses before it is built ends the program, in whatever order the linker puts the two.
 
-// NOLINTBEGIN(bugprone-reserved-identifier): the runtimes look for these names.
+// NOLINTBEGIN(clang-diagnostic-reserved-identifier): the runtimes look for these names.
 
 extern "C" const char* __asan_default_options();
 extern "C" const char* __tsan_default_options();
@@ -16,4 +16,4 @@ extern "C" const char* __asan_default_options()
 
 extern "C" const char* __tsan_default_options() { return "allocator_may_return_null=1"; }
 
-// NOLINTEND(bugprone-reserved-identifier)
+// NOLINTEND(clang-diagnostic-reserved-identifier)

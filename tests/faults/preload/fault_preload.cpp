@@ -23,11 +23,11 @@
 #include <unistd.h>
 
 // The C library's own names for its allocator.
-// NOLINTBEGIN(bugprone-reserved-identifier)
+// NOLINTBEGIN(clang-diagnostic-reserved-identifier)
 extern "C" void* __libc_malloc(std::size_t size) noexcept;
 extern "C" void* __libc_calloc(std::size_t count, std::size_t size) noexcept;
 extern "C" void* __libc_realloc(void* memory, std::size_t size) noexcept;
-// NOLINTEND(bugprone-reserved-identifier)
+// NOLINTEND(clang-diagnostic-reserved-identifier)
 
 namespace
 {
