@@ -38,17 +38,18 @@ message_t::message_t(std::wstring_view pattern, wide_args_t args)
 
 std::string message_t::form() const
 {
-    std::string storage;
-    return std::string(form_in(storage));
+    if (m_wide)
+        return FormWide(m_wide_pattern, m_wide_args);
+    if (m_args.size() == 0)
+        return std::string(m_pattern);
+    return util::Substitute(m_pattern, m_args.begin(), m_args.size());
 }
 
 std::string_view message_t::form_in(std::string& storage) const
 {
-    if (m_wide)
-        return storage = FormWide(m_wide_pattern, m_wide_args);
-    if (m_args.size() == 0)
+    if (!m_wide && m_args.size() == 0)
         return m_pattern;
-    return storage = util::Substitute(m_pattern, m_args.begin(), m_args.size());
+    return storage = form();
 }
 
 } // namespace logging

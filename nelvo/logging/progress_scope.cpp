@@ -34,7 +34,7 @@ progress_scope_t::~progress_scope_t()
 
 void progress_scope_t::close_ok()
 {
-    const std::string text = m_text + " ok.";
+    const std::string text = util::Format("%1 ok.", m_text);
     if (Close())
         m_channel->detail(text);
 }
@@ -51,7 +51,8 @@ void progress_scope_t::close_quietly() { Close(); }
 
 void progress_scope_t::CloseWith(const logging::message_t& message)
 {
-    const std::string text = message.form();
+    std::string storage;
+    const std::string_view text = message.form_in(storage);
     if (Close())
         m_channel->detail(text);
 }
@@ -89,7 +90,8 @@ void quiet_progress_scope_t::close_quietly() { Close(); }
 
 void quiet_progress_scope_t::CloseWith(const logging::message_t& message)
 {
-    const std::string text = message.form();
+    std::string storage;
+    const std::string_view text = message.form_in(storage);
     if (Close())
         m_channel->detail(text);
 }
