@@ -73,7 +73,7 @@ catch (std::exception& e)
 void posix_file_security::Serialize(cnt::plain_array_t& buffer) const
 try
 {
-    io::plain_mem_stream_t stream;
+    io::plain_mem_stream_t stream(boost::make_shared<cnt::plain_array_t>(kSize));
     for (const char letter : kHeader)
         io::WriteValue(stream, letter);
     io::WriteValue(stream, std::uint64_t{uid});
