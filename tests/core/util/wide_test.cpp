@@ -40,6 +40,8 @@ const sample_t kSamples[] = {
 const std::string kBadUtf8[] = {
     "\x80",             // a tail byte alone
     "\xBF",             //
+    "\x80\x90\x80\x80", // a tail byte that leads others
+    "\xBF\x90\x80\x80", //
     "\xC3",             // truncated tails
     "\xE2\x82",         //
     "\xF0\x9F\x98",     //
@@ -59,6 +61,7 @@ const std::string kBadUtf8[] = {
     "\xED\xA0\xBD\xED\xB8\x80",
     "\xF4\x90\x80\x80", // above U+10FFFF
     "\xF7\xBF\xBF\xBF", //
+    "\xF8\x90\x80\x80", // a lead byte of the older form, which had more
     "\xF8\x88\x80\x80\x80",
     "\xFC\x84\x80\x80\x80\x80",
     "\xFE", // in no sequence
