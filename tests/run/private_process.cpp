@@ -18,6 +18,8 @@
 #include <sys/wait.h>
 #include <unistd.h>
 
+#include "tests/support/private_mounts.h"
+
 // The child makes the namespace, the mounts and the new root, and becomes the program. Until then it calls
 // nothing but the system: the parent may have threads (a sanitizer's), whose locks nobody holds here. What
 // stops it is told through a pipe that closes when the program starts.
@@ -175,7 +177,8 @@ private:
             WriteText("/proc/self/gid_map", m_group_map);
             own_users = true;
         }
-        Check(::mount(nullptr, "/", nullptr, MS_REC | MS_PRIVATE, nullptr) == 0, "mount /");
+        if (const char* const failure = FailureToMakeMountsPrivate())
+            Fail(failure);
         return own_users;
     }
 

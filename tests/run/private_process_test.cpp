@@ -100,6 +100,15 @@ TEST(PrivateProcess, AsksForRightsOnlyWhereTheyAreMissing)
                 "Operation not permitted$");
 }
 
+TEST(PrivateProcess, TellsHowToEnterARootThatIsNoMountPoint)
+{
+    const temp_folder_t root;
+    EXPECT_EXIT(
+        FailWithout(SYS_mount, EINVAL, Process(root)), testing::ExitedWithCode(0),
+        "^No private machine: mount /, which is no mount point: enter its folder by pivot_root, or bind it "
+        "onto itself before chroot: Invalid argument$");
+}
+
 TEST(PrivateProcess, NamesTheCallThatAnOldKernelLacks)
 {
     const temp_folder_t root;

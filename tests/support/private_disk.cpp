@@ -9,6 +9,7 @@
 
 #include <gtest/gtest.h>
 
+#include "tests/support/private_mounts.h"
 #include "tests/support/temp_folder.h"
 
 namespace
@@ -26,23 +27,24 @@ void MapIds()
     WriteFile("/proc/self/gid_map", map_group);
 }
 
-// Once a process: what is mounted from then on, nobody else sees.
-bool MakeMountsPrivate()
+// Once a process. Empty, or what failed and why.
+std::string MakeMountsPrivate()
 {
     if (::unshare(CLONE_NEWNS) != 0)
         MapIds();
-    return ::mount(nullptr, "/", nullptr, MS_REC | MS_PRIVATE, nullptr) == 0;
+    const char* const failure = FailureToMakeMountsPrivate();
+    return failure == nullptr ? "" : std::string(failure) + ": " + std::strerror(errno);
 }
 
 } // namespace
 
 private_disk_t::private_disk_t(const std::string& folder, std::size_t size) : m_folder(folder)
 {
-    static const bool mounts_are_private = MakeMountsPrivate();
+    static const std::string failure = MakeMountsPrivate();
     const std::string options = "mode=755,size=" + std::to_string(size);
-    const bool good =
-        mounts_are_private && ::mount("tmpfs", folder.c_str(), "tmpfs", 0, options.c_str()) == 0;
-    EXPECT_TRUE(good) << "no disk on " << folder << ": " << std::strerror(errno);
+    const bool good = failure.empty() && ::mount("tmpfs", folder.c_str(), "tmpfs", 0, options.c_str()) == 0;
+    EXPECT_TRUE(good) << "no disk on " << folder << ": "
+                      << (failure.empty() ? std::strerror(errno) : failure);
 }
 
 private_disk_t::~private_disk_t() { ::umount2(m_folder.c_str(), MNT_DETACH); }
