@@ -39,8 +39,10 @@ class Commands(unittest.TestCase):
         made = MadeTree({**files, **{f"bin/{name}": "#!/bin/sh\n" + text for name, text in programs.items()}})
         self.addCleanup(made.cleanup)
         self.root = made.name
-        os.makedirs(self.path("script"), exist_ok=True)
-        shutil.copy(os.path.join(ROOT, "script", command), self.path("script"))
+        for folder in ("bin", "script"):
+            os.makedirs(self.path(folder), exist_ok=True)
+        for name in (command, "help"):
+            shutil.copy(os.path.join(ROOT, "script", name), self.path("script"))
         for folder in ("bin", "script"):
             for name in os.listdir(self.path(folder)):
                 os.chmod(self.path(folder, name), 0o755)
@@ -71,6 +73,29 @@ class Commands(unittest.TestCase):
             return result, []
         with open(calls, encoding="utf-8") as file:
             return result, file.read().replace(self.root, "ROOT").splitlines()
+
+
+class Help(Commands):
+    def test_is_the_head_of_each_command(self):
+        names = [name for name in os.listdir(os.path.join(ROOT, "script")) if not name.endswith(".txt")]
+        self.assertIn("test", names)
+        for name in set(names) - {"help"}:
+            for word in ("-h", "--help"):
+                with self.subTest(name + " " + word):
+                    result, calls = self.run_command(self.make(name, {}, {}), word)
+                    self.assertEqual((0, [], ""), (result.returncode, calls, result.stderr))
+                    self.assertIn(f"./script/{name}", result.stdout)
+                    with open(self.path("script", name), encoding="utf-8") as file:
+                        head, code = file.read().split("\nset -eu\n")
+                    self.assertEqual(head.splitlines()[1:],
+                                     ["# " + line if line else "#" for line in result.stdout.splitlines()])
+                    self.assertTrue(code.startswith('"$(dirname "$0")/help" "$0" "$@" && exit\n'))
+
+    def test_is_asked_for_by_one_word_alone(self):
+        command = self.make("test", {}, {})
+        for arguments in ([], ["--hel"], ["--help", "a"], ["a", "--help"]):
+            result, _ = self.run_command(self.path("script", "help"), command, *arguments)
+            self.assertEqual((1, ""), (result.returncode, result.stdout))
 
 
 class Run(Commands):
@@ -222,6 +247,11 @@ class Configure(Commands):
     def test_runs_cmake_once(self):
         self.assertEqual(1, self.count())
         self.assertEqual(1, self.count())
+
+    def test_says_that_the_preset_is_missing(self):
+        result, calls = self.run_command(self.command)
+        self.assertEqual((2, []), (result.returncode, calls))
+        self.assertIn("the name of a preset is missing", result.stderr)
 
     def test_runs_cmake_again_for_newer_presets(self):
         self.count()
@@ -458,7 +488,8 @@ class Lint(Commands):
         sources = {"nelvo/a.cpp", "tool/b.cpp", "tests/c.cpp", "bench/d.cpp", "fuzz/e.cpp", "examples/f.cpp"}
         self.assertEqual([sources | {"nelvo/a.h"}, sources | {"nelvo/a.h"}, sources], self.lint())
         self.assertEqual((0, "-T lint -W warning packaging/f.8".split()), (self.status, self.others["mandoc"]))
-        self.assertEqual([".ci/run", "packaging/g.bash-completion", "script/bootstrap", "script/lint"],
+        self.assertEqual([".ci/run", "packaging/g.bash-completion", "script/bootstrap", "script/help",
+                          "script/lint"],
                          sorted(self.others["shellcheck"]))
         self.assertEqual(".", self.others["codespell"][-1])
 
@@ -567,6 +598,11 @@ class WholeProof(Commands):
             file.write(stage)
         self.command = self.path(".ci", "run")
         os.chmod(self.command, 0o755)
+
+    def test_tells_of_itself(self):
+        result, calls = self.run_command(self.command, "--help")
+        self.assertEqual((0, []), (result.returncode, calls))
+        self.assertTrue(result.stdout.startswith("The whole proof, "))
 
     def test_runs_every_stage_and_tells_its_time_and_that_of_all(self):
         result, calls = self.run_command(self.command)
