@@ -35,12 +35,14 @@ class Install(unittest.TestCase):
                      if not path.startswith("docs/reference/")}
         told = {
             "share/bash-completion/completions/nelvoagentid": "packaging/nelvoagentid.bash-completion",
+            "share/doc/nelvo/examples/fleet_ids": "examples/fleet_ids",
             "share/doc/nelvo/examples/nelvoagentid-first-boot.service": "packaging/nelvoagentid-first-boot.service",
             "share/man/man8/nelvoagentid.8": "packaging/nelvoagentid.8",
             **documents}
         self.assertEqual(sorted(["sbin/nelvoagentid", *told]), tree.files(prefix))
         for installed, source in told.items():
             self.expect_same(prefix, installed, source)
+        self.assertTrue(os.access(os.path.join(prefix, "share/doc/nelvo/examples/fleet_ids"), os.X_OK))
 
     def test_headers_are_those_of_the_tree_each_of_which_can_be_included_alone(self):
         prefix = self.install("dev")
