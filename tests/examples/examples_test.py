@@ -129,6 +129,7 @@ def fleet_ids(session):
     session.write("two", b"b {8c5a1f3e-77d0-4b52-9c3f-1a2b3c4d5e6f}\n")
     session.run("one", "two")
     session.run("one", "missing")
+    session.run("--help")
 
 
 def key_set(session):
