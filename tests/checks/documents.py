@@ -12,8 +12,13 @@ Paths: FILES has each path of those sources, and no other. The README names the 
 
 Examples: the README's code stands in a source of examples/ as it is, and the logs that it shows of examples are made of
 lines of their transcripts.
+
+Lists: the README tells of each command of script/, and docs/architecture.md of each preset. A link of a document leads
+to a file of the tree.
 """
 
+import json
+import os
 import re
 import sys
 
@@ -23,12 +28,17 @@ MANUAL = "packaging/nelvoagentid.8"
 COMPLETION = "packaging/nelvoagentid.bash-completion"
 COMMAND_LINE = "tool/command_line.cpp"
 README = "README.md"
+ARCHITECTURE = "docs/architecture.md"
+PRESETS = "CMakePresets.json"
 CALLERS = (README, "docs/operators.md", MANUAL, "packaging/nelvoagentid-first-boot.service")
 EXCERPTS = (README, "docs/operators.md")
 SOURCES = ("tool", "nelvo/logging/receiver")
 TESTS = ("tests/run", "tests/faults")
 EXAMPLES = "examples"
 TRANSCRIPTS = "tests/examples"
+
+# What the other commands call, and nobody else.
+INNER_COMMANDS = {"./script/configure", "./script/help"}
 
 # How paths begin that only the tool would have a README name.
 OWN_PATHS = ("/etc/nelvo", "/sys/", "/tmp/Nelvo")
@@ -73,6 +83,7 @@ _CALL = re.compile(r"\bnelvoagentid((?: +[^\s|&;<>`]+)+)")
 _EXCERPT = re.compile(r"\] < *\d+> agentid\| *(?:(?:WARN|ERR |>>  )\|)?(.*)")
 _EXAMPLE = re.compile(r"\] < *\d+> (?!agentid)(\w+ *\|.*)")
 _CODE = re.compile(r"^```cpp\n(.*?)^```$", re.MULTILINE | re.DOTALL)
+_LINK = re.compile(r"\]\(([^)\s#]+)[^)]*\)")
 _VALUE = re.compile(r"%\d|<[^<>]*>")
 
 
@@ -230,10 +241,29 @@ def example_faults(root):
             yield f"{README}: no example logs {line!r}"
 
 
+def list_faults(root):
+    commands = {"./" + path for path in tree.files(root, "script") if not path.endswith(".txt")} - INNER_COMMANDS
+    told = re.findall(r"^\| `(\./script/\w+)", tree.read(root, README), re.MULTILINE)
+    yield from says(README, commands, set(told), "Commands")
+    presets = {preset["name"] for preset in json.loads(tree.read(root, PRESETS))["configurePresets"]
+               if not preset.get("hidden")}
+    _, _, table = tree.read(root, ARCHITECTURE).partition("\n| Preset |")
+    told = re.findall(r"^\| `([\w-]+)` \|", table.partition("\n\n")[0], re.MULTILINE)
+    yield from says(ARCHITECTURE, presets, set(told), "the list of presets")
+
+
+def link_faults(root):
+    for document in tree.files(root):
+        if document.endswith(".md"):
+            for target in _LINK.findall(tree.read(root, document)):
+                if not os.path.exists(os.path.join(root, os.path.dirname(document), target)):
+                    yield f"{document}: a link leads to {target}, which is not there"
+
+
 def check(root):
     manual = tree.read(root, MANUAL)
     return [*option_faults(root, manual), *diagnostic_faults(root, manual), *path_faults(root, manual),
-            *example_faults(root)]
+            *example_faults(root), *list_faults(root), *link_faults(root)]
 
 
 if __name__ == "__main__":

@@ -93,13 +93,29 @@ Looks into `/etc/id`, and not into /home/me/etc/id.
 ```
 
     [21.11.2026 12:51:07] <140216541591424> copy   | WARN|Copied
+
+| `./script/run [ARGUMENTS]` | run it; [more](docs/operators.md) |
 """
+
+ARCHITECTURE = """\
+Built as [the log](../tool/command_line.cpp#top) is.
+
+| Preset | For |
+|---|---|
+| `release` | what is shipped |
+
+| `other` | another table |
+"""
+
+PRESETS = '{"configurePresets": [{"name": "base", "hidden": true}, {"name": "release"}]}'
 
 UNSEEN = {"ask 2> /dev/null": "a command", "log file name": "there is no help"}
 REACHED = {"nelvo/fs/utils.cpp": ("Reached(",)}
 
 GOOD = {
+    "CMakePresets.json": PRESETS,
     "README.md": README,
+    "docs/architecture.md": ARCHITECTURE,
     "examples/copy.cpp": "void Both()\n{\n    Copy(from);\n    Copy(to);\n}\n",
     "tests/examples/copy.txt": "$ copy\n[TIME] <THREAD> copy   | WARN|Copied\n",
     "docs/operators.md": "Run `nelvoagentid --log=x`.\n",
@@ -108,6 +124,9 @@ GOOD = {
     "packaging/nelvoagentid-first-boot.service": "ExecStart=/usr/sbin/nelvoagentid --log x\n",
     "packaging/nelvoagentid.8": MANUAL,
     "packaging/nelvoagentid.bash-completion": 'compgen -W "-l --log" -- "$word"\n',
+    "script/configure": "",
+    "script/packages.txt": "",
+    "script/run": "",
     "tests/run/command_line_test.cpp": """ExpectRefused({"-x"}, "unrecognised option '-x'");\n""",
     "tool/agent_id.cpp": AGENT_ID,
     "tool/command_line.cpp": COMMAND_LINE,
@@ -242,6 +261,24 @@ class Documents(unittest.TestCase):
         for old, new in (("WARN|Copied", "WARN|Copying"), ("copy   |", "cp     |")):
             self.assertEqual(["README.md: no example logs 'copy   | WARN|Copied'"],
                              self.faults(("tests/examples/copy.txt", old, new)))
+
+    # ---- Lists and links ----
+
+    def test_commands_that_differ_from_those_of_the_readme_are_a_fault(self):
+        self.assertEqual(["README.md: Commands lacks ./script/run",
+                          "README.md: Commands has ./script/start, which the sources lack"],
+                         self.faults(("README.md", "script/run", "script/start")))
+
+    def test_presets_that_differ_from_those_that_are_told_are_a_fault(self):
+        self.assertEqual(["docs/architecture.md: the list of presets lacks debug"],
+                         self.faults(("CMakePresets.json", '{"name": "release"}', '{"name": "release"}, {"name": "debug"}')))
+        self.assertEqual(["docs/architecture.md: the list of presets lacks release",
+                          "docs/architecture.md: the list of presets has shipped, which the sources lack"],
+                         self.faults(("docs/architecture.md", "`release`", "`shipped`")))
+
+    def test_a_link_that_leads_nowhere_is_a_fault(self):
+        self.assertEqual(["docs/architecture.md: a link leads to tool/command_line.cpp, which is not there"],
+                         self.faults(("docs/architecture.md", "../tool", "tool")))
 
 
 if __name__ == "__main__":
