@@ -480,23 +480,36 @@ class Lint(Commands):
         result, calls = self.run_command(self.command, *arguments)
         self.status = result.returncode
         words = [call.split() for call in calls]
-        self.others = {call[0]: call[1:] for call in words if call[0] in ("codespell", "mandoc", "shellcheck")}
+        self.others = {name: [call[1:] for call in words if call[0] == name]
+                       for name in ("codespell", "mandoc", "shellcheck")}
         return [{word for call in words if call[0] == name for word in call if word.endswith((".h", ".cpp"))}
                 for name in ("clang-format", "cppcheck", "clang-tidy")]
 
     def test_looks_at_every_file(self):
         sources = {"nelvo/a.cpp", "tool/b.cpp", "tests/c.cpp", "bench/d.cpp", "fuzz/e.cpp", "examples/f.cpp"}
         self.assertEqual([sources | {"nelvo/a.h"}, sources | {"nelvo/a.h"}, sources], self.lint())
-        self.assertEqual((0, "-T lint -W warning packaging/f.8".split()), (self.status, self.others["mandoc"]))
-        self.assertEqual([".ci/run", "packaging/g.bash-completion", "script/bootstrap", "script/help",
-                          "script/lint"],
+        self.assertEqual((0, ["-T lint -W warning packaging/f.8".split()]), (self.status, self.others["mandoc"]))
+        self.assertEqual([[".ci/run"], ["packaging/g.bash-completion"], ["script/bootstrap"], ["script/help"],
+                          ["script/lint"]],
                          sorted(self.others["shellcheck"]))
-        self.assertEqual(".", self.others["codespell"][-1])
+        self.assertEqual(["."], [call[-1] for call in self.others["codespell"]])
 
     def test_looks_at_the_files_that_it_is_given(self):
         given = {"nelvo/a.h", "tool/b.cpp"}
-        self.assertEqual([given, given, {"tool/b.cpp"}], self.lint(*given))
-        self.assertEqual({}, self.others)
+        self.assertEqual([given, given, {"tool/b.cpp"}], self.lint(*sorted(given)))
+        self.assertEqual(([], []), (self.others["mandoc"], self.others["shellcheck"]))
+        self.assertEqual([sorted(given)], [call[-2:] for call in self.others["codespell"]])
+
+    def test_takes_each_file_for_what_it_is(self):
+        given = [".ci/run", "packaging/f.8", "packaging/g.bash-completion", "script/list.txt"]
+        self.assertEqual([set(), set(), set()], self.lint(*given))
+        self.assertEqual((0, ["-T lint -W warning packaging/f.8".split()]), (self.status, self.others["mandoc"]))
+        self.assertEqual([[".ci/run"], ["packaging/g.bash-completion"]], self.others["shellcheck"])
+        self.assertEqual([given], [call[-4:] for call in self.others["codespell"]])
+
+    def test_says_that_a_file_is_not_there(self):
+        result, calls = self.run_command(self.command, "tool/b.cpp", "b.cpp")
+        self.assertEqual((2, [], f"There is no file b.cpp in {self.root}.\n"), (result.returncode, calls, result.stderr))
 
     def test_fails_when_a_linter_does(self):
         for name in ("clang-format", "cppcheck", "clang-tidy", "codespell", "mandoc", "shellcheck"):
