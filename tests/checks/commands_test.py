@@ -222,7 +222,7 @@ class Test(Commands):
             self.assertRegex(calls[3], r"^ctest --test-dir build/asan .* --tests-regex Guid\.\*$")
 
     def test_refuses_what_it_does_not_know(self):
-        for arguments in (["--what"], ["one", "two"], ["--preset"]):
+        for arguments in (["--what"], ["one", "two"], ["--preset"], ["--preset", "static"], ["--preset=as"]):
             result, calls = self.run_command(self.command, *arguments)
             self.assertEqual((2, []), (result.returncode, calls))
 
