@@ -1,4 +1,4 @@
-"""Looks at what docs/reference/comments.py makes of made headers:  reference_test.py ROOT"""
+"""Looks at what comments.py and links.py of docs/reference/ make of headers and documents:  reference_test.py ROOT"""
 
 import os
 import sys
@@ -6,6 +6,7 @@ import unittest
 
 sys.path.append(os.path.join(sys.argv[1], "docs", "reference"))
 import comments
+import links
 
 HEAD = "#pragma once\n\n// What the file is about.\n\n"
 ABOUT = "What the file is about."
@@ -134,6 +135,17 @@ class Reference(unittest.TestCase):
     def test_the_test_of_an_oddity_stands_apart(self):
         self.assertEqual({"void f();": "Odd.\n\nKept: <tt>A.B</tt>\n\nMore."},
                          self.told("// Odd.\n// Kept: A.B\n// More.\nvoid f();\n"))
+
+
+class Links(unittest.TestCase):
+    def test_what_is_no_page_is_looked_for_in_the_tree(self):
+        self.assertEqual("[a](../../packaging/a.8), [`b`](../../docs/b)",
+                         links.convert("docs/c.md", "[a](../packaging/a.8), [`b`](b)"))
+        self.assertEqual("[a](../../examples/a.cpp)", links.convert("README.md", "[a](examples/a.cpp)"))
+
+    def test_pages_pictures_and_other_places_stay(self):
+        for text in ("[a](b/a.md)", "![a](b/a.svg)", "[a](#b)", "[a](https://b.invalid/a)", "a](b) (c)"):
+            self.assertEqual(text, links.convert("docs/c.md", text))
 
 
 if __name__ == "__main__":
