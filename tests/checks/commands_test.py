@@ -545,6 +545,12 @@ echo "${PACKED:-$SOURCE_DATE_EPOCH}" > build/packages/nelvoagentid_1_amd64.deb
             with open(self.path("build", "packages", "nelvoagentid_1_amd64.deb"), encoding="utf-8") as file:
                 self.assertEqual(date, file.read())
 
+    def test_says_that_there_is_no_date(self):
+        self.become(git="exit 128\n")
+        result, calls = self.run_command(self.command)
+        self.assertEqual((1, self.BUILD[:2]), (result.returncode, calls))
+        self.assertIn("SOURCE_DATE_EPOCH has to tell the date", result.stderr)
+
     def test_checks_them(self):
         result, calls = self.run_command(self.command, "--check")
         root = "build/package-check/root"
