@@ -16,10 +16,10 @@
 #include "nelvo/io/dev_registry.h"
 #include "nelvo/io/fixed_cache.h"
 #include "nelvo/io/mem_stream.h"
-#include "tests/core/util/failure_text.h"
 #include "tests/faults/allocation_sweep.h"
 #include "tests/faults/swept_listener.h"
 #include "tests/faults/swept_log.h"
+#include "tests/support/failure_text.h"
 #include "tests/support/flat_buffer.h"
 #include "tests/support/record_stream.h"
 

@@ -2,7 +2,7 @@
 #include <gtest/gtest.h>
 
 #include "nelvo/logging/channels.h"
-#include "recorded_format.h"
+#include "tests/logging/recorded_format.h"
 
 TEST(Channels, AreBuiltInTheirOrder)
 {

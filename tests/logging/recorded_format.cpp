@@ -1,4 +1,4 @@
-#include "recorded_format.h"
+#include "tests/logging/recorded_format.h"
 
 #include "nelvo/logging/format/line_format.h"
 

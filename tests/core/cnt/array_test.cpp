@@ -10,7 +10,7 @@
 
 #include <gtest/gtest.h>
 
-#include "tests/core/util/failure_text.h"
+#include "tests/support/failure_text.h"
 
 using namespace std::string_literals;
 

@@ -7,7 +7,7 @@
 
 #include "nelvo/context/agent_options.h"
 #include "nelvo/core/cnt/buf_reader.h"
-#include "tests/core/util/failure_text.h"
+#include "tests/support/failure_text.h"
 #include "tests/support/flat_buffer.h"
 #include "tests/support/golden.h"
 

@@ -7,7 +7,7 @@
 #include "nelvo/core/cnt/buf_reader.h"
 #include "nelvo/core/exc/exc_base.h"
 #include "tests/core/cnt/little_memory.h"
-#include "tests/core/util/failure_text.h"
+#include "tests/support/failure_text.h"
 #include "tests/support/flat_buffer.h"
 #include "tests/support/golden.h"
 

@@ -8,8 +8,8 @@
 
 #include <gtest/gtest.h>
 
-#include "tests/core/util/failure_text.h"
 #include "tests/support/failing_memory.h"
+#include "tests/support/failure_text.h"
 #include "tests/support/flat_buffer.h"
 #include "tests/support/golden.h"
 

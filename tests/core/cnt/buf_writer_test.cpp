@@ -9,7 +9,7 @@
 
 #include <gtest/gtest.h>
 
-#include "tests/core/util/failure_text.h"
+#include "tests/support/failure_text.h"
 #include "tests/support/flat_buffer.h"
 #include "tests/support/golden.h"
 

@@ -12,7 +12,7 @@
 #include "nelvo/core/cnt/buf_reader.h"
 #include "nelvo/core/cnt/buf_writer.h"
 #include "nelvo/core/exc/exc_base.h"
-#include "tests/core/util/failure_text.h"
+#include "tests/support/failure_text.h"
 #include "tests/support/flat_buffer.h"
 
 inline std::string Written(const exc::exc_base_t& exception)

@@ -10,7 +10,7 @@
 
 #include <gtest/gtest.h>
 
-#include "mutation.h"
+#include "tests/core/util/mutation.h"
 
 using namespace std::string_literals;
 using util::Format;

@@ -6,9 +6,9 @@
 
 #include <gtest/gtest.h>
 
-#include "failure_text.h"
-#include "mutation.h"
 #include "nelvo/core/util/to_text.h"
+#include "tests/core/util/mutation.h"
+#include "tests/support/failure_text.h"
 
 using namespace std::string_literals;
 using util::ParseHex;

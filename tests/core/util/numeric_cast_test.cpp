@@ -6,7 +6,7 @@
 
 #include <gtest/gtest.h>
 
-#include "failure_text.h"
+#include "tests/support/failure_text.h"
 
 using util::NumericCast;
 

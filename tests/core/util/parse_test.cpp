@@ -7,8 +7,8 @@
 
 #include <gtest/gtest.h>
 
-#include "failure_text.h"
-#include "mutation.h"
+#include "tests/core/util/mutation.h"
+#include "tests/support/failure_text.h"
 
 using namespace std::string_literals;
 

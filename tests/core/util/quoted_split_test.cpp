@@ -5,7 +5,7 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
-#include "failure_text.h"
+#include "tests/support/failure_text.h"
 
 using testing::ElementsAre;
 using testing::IsEmpty;

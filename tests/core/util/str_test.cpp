@@ -5,7 +5,7 @@
 
 #include <gtest/gtest.h>
 
-#include "failure_text.h"
+#include "tests/support/failure_text.h"
 
 using namespace std::string_literals;
 

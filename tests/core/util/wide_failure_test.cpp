@@ -2,8 +2,8 @@
 
 #include <gtest/gtest.h>
 
-#include "failure_text.h"
 #include "nelvo/core/util/wide.h"
+#include "tests/support/failure_text.h"
 
 // In the place of the C library's: they tell the size, and then fail to convert.
 extern "C" std::size_t wcstombs(char* target, const wchar_t* /*source*/, std::size_t /*size*/) noexcept

@@ -13,12 +13,12 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
-#include "count_anew.h"
-#include "flushed_buffer.h"
 #include "nelvo/core/exc/runtime_exc.h"
 #include "nelvo/logging/channels.h"
 #include "nelvo/logging/log.h"
 #include "nelvo/logging/receiver/posix_log_file.h"
+#include "tests/logging/receiver/count_anew.h"
+#include "tests/logging/receiver/flushed_buffer.h"
 #include "tests/support/gz.h"
 #include "tests/support/lines_receiver.h"
 #include "tests/support/private_disk.h"

@@ -17,7 +17,6 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
-#include "count_anew.h"
 #include "nelvo/core/exc/errno_exc.h"
 #include "nelvo/core/exc/exc_base.h"
 #include "nelvo/core/exc/runtime_exc.h"
@@ -27,6 +26,7 @@
 #include "nelvo/logging/receiver/posix_log_file.h"
 #include "nelvo/logging/receiver/stdout_log.h"
 #include "nelvo/logging/receiver/zip_writer.h"
+#include "tests/logging/receiver/count_anew.h"
 #include "tests/support/gz.h"
 #include "tests/support/lines_receiver.h"
 #include "tests/support/private_disk.h"

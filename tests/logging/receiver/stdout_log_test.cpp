@@ -6,10 +6,10 @@
 #include <boost/make_shared.hpp>
 #include <gtest/gtest.h>
 
-#include "flushed_buffer.h"
 #include "nelvo/logging/log.h"
 #include "nelvo/logging/log_channel.h"
 #include "nelvo/logging/receiver/zip_writer.h"
+#include "tests/logging/receiver/flushed_buffer.h"
 #include "tests/support/failing_memory.h"
 #include "tests/support/gz.h"
 #include "tests/support/lines_receiver.h"

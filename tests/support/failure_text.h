@@ -1,7 +1,5 @@
 #pragma once
 
-// What a conversion says when it fails.
-
 #include <string>
 
 #include <gtest/gtest.h>
