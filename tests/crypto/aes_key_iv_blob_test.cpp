@@ -6,11 +6,11 @@
 #include <gtest/gtest.h>
 
 #include "nelvo/core/exc/runtime_exc.h"
+#include "tests/crypto/block_limit.h"
+#include "tests/crypto/place_in.h"
 #include "tests/crypto/stored_parts.h"
-#include "tests/support/block_limit.h"
 #include "tests/support/golden.h"
 #include "tests/support/made_secret.h"
-#include "tests/support/place_in.h"
 #include "tests/support/thrown.h"
 
 using crypto::CAesKeyIVBlob;
@@ -121,9 +121,8 @@ TEST(AesKeyIVBlob, FormIsReadWhereItStands)
 {
     const auto form = SharedSecure(SecretGolden("aes_key_iv_blob"));
     form->resize((1U << 20U) + 1);
-    LimitBlocks(1U << 20U);
+    const block_limit_t limit(1U << 20U);
     const auto blob = CAesKeyIVBlob::FromBlob(form);
-    LimitBlocks(SIZE_MAX);
     EXPECT_EQ("a1 aa f7 18 dd 56", Hex(Text(*blob->GetIv())));
 }
 
@@ -151,13 +150,12 @@ TEST(AesKeyIVBlob, SizeMayBeCutOffTooAndIsWhatCame)
 
 TEST(AesKeyIVBlob, SizesAreNotLimitedButByTheMemory)
 {
-    LimitBlocks(16U << 20U);
+    const block_limit_t limit(16U << 20U);
     for (const unsigned part : {3U, 4U})
         for (const std::uint32_t size : {0x7FFFFFFFu, 0x80000000u, 0xFFFFFFFFu})
             EXPECT_EQ(
                 "std::bad_alloc\n--tr:Failed to deserialize AES key/IV blob, specified data size: '40'.",
                 Thrown<exc::runtime_exc_t>([&] { Read(WithNumber("aes_key_iv_blob", part, size)); }));
-    LimitBlocks(SIZE_MAX);
 }
 
 TEST(AesKeyIVBlob, SmallerSizesMoveWhatFollows)

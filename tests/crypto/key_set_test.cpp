@@ -10,10 +10,10 @@
 
 #include "nelvo/core/exc/runtime_exc.h"
 #include "nelvo/logging/log.h"
+#include "tests/crypto/block_limit.h"
 #include "tests/crypto/key_set_vocabulary.h"
-#include "tests/support/block_limit.h"
+#include "tests/crypto/place_in.h"
 #include "tests/support/golden.h"
-#include "tests/support/place_in.h"
 #include "tests/support/stub_dev.h"
 #include "tests/support/thrown.h"
 #include "tests/support/time_zone.h"
@@ -423,13 +423,12 @@ TEST(KeySet, FailureOfTheDevicePassesAsItIs)
 
 TEST(KeySet, LengthOfTheHintIsNotLimitedButByTheMemory)
 {
-    LimitBlocks(16U << 20U);
+    const block_limit_t limit(16U << 20U);
     for (const std::uint32_t length : {0x7FFFFFFFu, 0x80000000u, 0xFFFFFFFFu})
     {
         record_stream_t stream(WithNumber("key_set", 2, length));
         EXPECT_EQ("std::bad_alloc", Thrown<std::bad_alloc>([&] { CKeySet::DeSerialize(stream); }));
     }
-    LimitBlocks(SIZE_MAX);
 }
 
 TEST(KeySet, HintThatIsNoUtf8IsRefusedBeforeTheRoleIsRead)

@@ -8,8 +8,8 @@
 #include <gtest/gtest.h>
 
 #include "nelvo/core/exc/runtime_exc.h"
+#include "tests/crypto/block_limit.h"
 #include "tests/crypto/stored_parts.h"
-#include "tests/support/block_limit.h"
 #include "tests/support/golden.h"
 #include "tests/support/made_secret.h"
 #include "tests/support/stub_dev.h"
@@ -237,11 +237,10 @@ TEST(Key, SizeIsNotLimitedButByTheMemory)
     EXPECT_EQ(std::size_t{16} << 20U, Read(WithNumber("crypto_key", 1, 16U << 20U))->GetData().size());
     EXPECT_EQ("", Text(Read(WithNumber("crypto_key", 1, 0))->GetData()));
     EXPECT_EQ("\x11", Text(Read(WithNumber("crypto_key", 1, 1))->GetData()));
-    LimitBlocks(16U << 20U);
+    const block_limit_t limit(16U << 20U);
     for (const std::uint32_t size : {(16U << 20U) + 1, 0x7FFFFFFFu, 0x80000000u, 0xFFFFFFFFu})
         EXPECT_EQ(std::string("std::bad_alloc") + kReadingContext,
                   FailureToRead(WithNumber("crypto_key", 1, size), CKey::DeSerialize));
-    LimitBlocks(SIZE_MAX);
 }
 
 TEST(Key, ShortWriteOfTheBytesIsNotNoticed)
@@ -279,9 +278,8 @@ TEST(Key, BlobIsReadWhereItStandsInTheKey)
     crypto::secure_array_t form = Secure(SecretGolden("aes_key_iv_blob"));
     form.resize((1U << 20U) + 1);
     const CKey key(2, form);
-    LimitBlocks(1U << 20U);
+    const block_limit_t limit(1U << 20U);
     const auto blob = key.ToAesKeyIVBlob();
-    LimitBlocks(SIZE_MAX);
     EXPECT_EQ("a1 aa f7 18 dd 56", Hex(Text(*blob->GetIv())));
 }
 
@@ -301,9 +299,8 @@ TEST(Key, OfAnotherTypeIsNoAesKey)
 TEST(Key, BlobThatCannotBeReadHasBothContexts)
 {
     const key_ptr_t key = Key(2, WithNumber("aes_key_iv_blob", 3, 0xFFFFFFFF));
-    LimitBlocks(16U << 20U);
+    const block_limit_t limit(16U << 20U);
     EXPECT_EQ("std::bad_alloc\n--tr:Failed to deserialize AES key/IV blob, specified data size: '40'."
               "\n--tr:Failed to cast key blob to AES key.",
               FailureToCast(*key));
-    LimitBlocks(SIZE_MAX);
 }

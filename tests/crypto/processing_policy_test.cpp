@@ -5,8 +5,8 @@
 
 #include "nelvo/core/exc/runtime_exc.h"
 #include "tests/crypto/key_set_vocabulary.h"
+#include "tests/crypto/place_in.h"
 #include "tests/support/golden.h"
-#include "tests/support/place_in.h"
 #include "tests/support/stub_dev.h"
 #include "tests/support/thrown.h"
 

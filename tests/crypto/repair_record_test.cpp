@@ -7,10 +7,10 @@
 #include <gtest/gtest.h>
 
 #include "nelvo/core/exc/runtime_exc.h"
+#include "tests/crypto/block_limit.h"
+#include "tests/crypto/place_in.h"
 #include "tests/crypto/stored_parts.h"
-#include "tests/support/block_limit.h"
 #include "tests/support/golden.h"
-#include "tests/support/place_in.h"
 #include "tests/support/stub_dev.h"
 #include "tests/support/thrown.h"
 
@@ -125,11 +125,10 @@ TEST(RepairRecord, SizeOfTheDataIsNotLimitedButByTheMemory)
 {
     EXPECT_EQ("", Text(*Read(WithNumber("repair_record", 2, 0))->GetData()));
     EXPECT_EQ("\xa9", Text(*Read(WithNumber("repair_record", 2, 1))->GetData()));
-    LimitBlocks(16U << 20U);
+    const block_limit_t limit(16U << 20U);
     for (const std::uint32_t size : {0x7FFFFFFFu, 0x80000000u, 0xFFFFFFFFu})
         EXPECT_EQ(std::string("std::bad_alloc") + kReadingContext,
                   FailureToRead(WithNumber("repair_record", 2, size), CRestoreKeyRepairRec::DeSerialize));
-    LimitBlocks(SIZE_MAX);
 }
 
 TEST(RepairRecord, FailureOfTheDeviceHasTheContexts)

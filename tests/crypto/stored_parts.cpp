@@ -6,7 +6,7 @@
 #include <gtest/gtest.h>
 
 #include "nelvo/core/exc/exc_base.h"
-#include "tests/support/block_limit.h"
+#include "tests/crypto/block_limit.h"
 #include "tests/support/golden.h"
 
 namespace
@@ -203,7 +203,7 @@ void ExpectEachShortWrite(const std::string& golden, const stored_parts_t& parts
 void ExpectEachBitFlipToBeReadOrRefused(const std::string& golden, const copy_t& copy,
                                         const std::vector<std::size_t>& sizes_of_texts)
 {
-    LimitBlocks(kMostBlock);
+    const block_limit_t limit(kMostBlock);
     const wiped_list_t stored = SecretFields(golden);
     for (std::size_t part = 0; part != stored.size(); ++part)
     {
@@ -216,7 +216,6 @@ void ExpectEachBitFlipToBeReadOrRefused(const std::string& golden, const copy_t&
             ExpectToBeReadOrRefused(Joined(fields), copy);
         }
     }
-    LimitBlocks(SIZE_MAX);
 }
 
 wiped_bytes_t WithNumber(const std::string& golden, std::size_t part, std::uint32_t number)

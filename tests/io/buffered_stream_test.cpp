@@ -13,10 +13,10 @@
 #include "nelvo/core/exc/runtime_exc.h"
 #include "nelvo/io/binary_value.h"
 #include "nelvo/logging/log.h"
+#include "tests/io/used_block.h"
 #include "tests/support/lines_receiver.h"
 #include "tests/support/stub_dev.h"
 #include "tests/support/thrown.h"
-#include "tests/support/used_block.h"
 #include "tests/support/vtable_slot.h"
 
 namespace

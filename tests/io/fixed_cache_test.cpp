@@ -4,7 +4,7 @@
 
 #include <gtest/gtest.h>
 
-#include "tests/support/used_block.h"
+#include "tests/io/used_block.h"
 
 namespace
 {

@@ -1,4 +1,4 @@
-#include "tests/support/block_limit.h"
+#include "tests/crypto/block_limit.h"
 
 #include <atomic>
 #include <cstdint>
@@ -10,7 +10,9 @@ std::atomic<std::size_t> g_most = SIZE_MAX;
 
 } // namespace
 
-void LimitBlocks(std::size_t most) { g_most = most; }
+block_limit_t::block_limit_t(std::size_t most) { g_most = most; }
+
+block_limit_t::~block_limit_t() { g_most = SIZE_MAX; }
 
 // NOLINTBEGIN(clang-diagnostic-reserved-identifier): the linker's names.
 
