@@ -9,6 +9,7 @@
 #include "nelvo/context/common_lib_ctx.h"
 #include "nelvo/logging/log.h"
 #include "tests/support/lines_receiver.h"
+#include "tests/support/silent_exc.h"
 
 namespace
 {
@@ -26,12 +27,6 @@ public:
 
 private:
     texts_t& m_list;
-};
-
-class failure_without_text_t : public std::exception
-{
-public:
-    const char* what() const noexcept override { return nullptr; }
 };
 
 class ErrorReport : public ::testing::Test
@@ -131,14 +126,14 @@ TEST_F(ErrorReport, MessageMayBeAPatternWithUpToThreeArguments)
 
 TEST_F(ErrorReport, ExceptionWithoutATextCountsAsAnEmptyOne)
 {
-    io::ReportError(failure_without_text_t());
-    io::ReportError("a", failure_without_text_t());
+    io::ReportError(silent_exc_t());
+    io::ReportError("a", silent_exc_t());
     EXPECT_EQ(texts_t({"--err:\n", "", ":err--\n", "--err:\n", "a", ":err--\n"}), m_steps);
     m_steps.clear();
-    io::ReportAndLogError(failure_without_text_t());
+    io::ReportAndLogError(silent_exc_t());
     EXPECT_EQ(Sent("", 1), m_steps);
     m_steps.clear();
-    io::ReportAndLogError(failure_without_text_t(), "a");
+    io::ReportAndLogError(silent_exc_t(), "a");
     EXPECT_EQ(Sent("a\n", 2), m_steps);
     EXPECT_EQ("       | ERR |\n"
               "       | ERR |a\n"

@@ -13,6 +13,7 @@
 #include "tests/support/failing_memory.h"
 #include "tests/support/lines_receiver.h"
 #include "tests/support/mutex_watch.h"
+#include "tests/support/redirected_stream.h"
 
 namespace
 {
@@ -36,13 +37,6 @@ public:
 // Takes what std::cerr is given, for as long as it lives.
 class noted_stderr_t : private std::streambuf
 {
-public:
-    noted_stderr_t() : m_before(std::cerr.rdbuf(this)) {}
-    ~noted_stderr_t() override { std::cerr.rdbuf(m_before); }
-    noted_stderr_t(const noted_stderr_t&) = delete;
-    noted_stderr_t& operator=(const noted_stderr_t&) = delete;
-
-private:
     std::streamsize xsputn(const char* text, std::streamsize size) override
     {
         NoteAmongCalls(std::string(text, static_cast<std::size_t>(size)));
@@ -54,7 +48,7 @@ private:
         return letter;
     }
 
-    std::streambuf* m_before;
+    redirected_stream_t m_redirected{std::cerr, this};
 };
 
 class CoutMultiplexorCalls : public ::testing::Test

@@ -14,6 +14,8 @@
 #include "nelvo/logging/log.h"
 #include "nelvo/logging/progress_scope.h"
 #include "tests/support/lines_receiver.h"
+#include "tests/support/redirected_stream.h"
+#include "tests/support/silent_exc.h"
 #include "tests/support/stdout_capture.h"
 #include "tests/support/vtable_slot.h"
 
@@ -40,23 +42,13 @@ public:
     std::function<void()> on_text;
 };
 
-class failure_without_text_t : public std::exception
-{
-public:
-    const char* what() const noexcept override { return nullptr; }
-};
-
 // Takes what std::cerr is given for as long as it lives, and counts how often it is flushed, which it is not
 // by itself then.
 class stderr_capture_t : private std::stringbuf
 {
 public:
-    stderr_capture_t() : m_before(std::cerr.rdbuf(this)) { std::cerr << std::nounitbuf; }
-    ~stderr_capture_t() override
-    {
-        std::cerr << std::unitbuf;
-        std::cerr.rdbuf(m_before);
-    }
+    stderr_capture_t() { std::cerr << std::nounitbuf; }
+    ~stderr_capture_t() override { std::cerr << std::unitbuf; }
     stderr_capture_t(const stderr_capture_t&) = delete;
     stderr_capture_t& operator=(const stderr_capture_t&) = delete;
 
@@ -66,7 +58,7 @@ public:
 private:
     int sync() override { return ++m_flushes, 0; }
 
-    std::streambuf* m_before;
+    redirected_stream_t m_redirected{std::cerr, this};
     int m_flushes = 0;
 };
 
@@ -328,7 +320,7 @@ TEST_F(CoutMultiplexor, FailedNotificationIsReportedWithoutItsWord)
 
 TEST_F(CoutMultiplexor, FailureWithoutATextIsReportedToo)
 {
-    Add()->on_text = [] { throw failure_without_text_t(); };
+    Add()->on_text = [] { throw silent_exc_t(); };
     Log();
     m_multiplexor.write_error("a");
     m_multiplexor.send_text("b", 0);

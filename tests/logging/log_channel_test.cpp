@@ -12,6 +12,7 @@
 #include "nelvo/logging/log.h"
 #include "tests/support/failing_memory.h"
 #include "tests/support/lines_receiver.h"
+#include "tests/support/silent_exc.h"
 
 namespace
 {
@@ -22,12 +23,6 @@ using logging::log_channel_t;
 using logging::log_t;
 
 const wchar_t kBadWide[] = L"\xd800";
-
-class silent_exc_t : public std::exception
-{
-public:
-    const char* what() const noexcept override { return nullptr; }
-};
 
 class LogChannel : public ::testing::Test
 {

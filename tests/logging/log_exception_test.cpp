@@ -9,15 +9,10 @@
 #include "nelvo/logging/log.h"
 #include "tests/support/failing_memory.h"
 #include "tests/support/lines_receiver.h"
+#include "tests/support/silent_exc.h"
 
 namespace
 {
-
-class silent_exc_t : public std::exception
-{
-public:
-    const char* what() const noexcept override { return nullptr; }
-};
 
 class LogException : public ::testing::Test
 {

@@ -13,15 +13,10 @@
 #include "nelvo/core/exc/errno_exc.h"
 #include "nelvo/core/exc/file_locked_exc.h"
 #include "nelvo/core/exc/runtime_exc.h"
+#include "tests/support/silent_exc.h"
 
 namespace
 {
-
-class without_what_t : public std::exception
-{
-public:
-    const char* what() const noexcept override { return nullptr; }
-};
 
 // Has a text of its own for its codes. Boost's base class has no virtual destructor, and needs none.
 #pragma GCC diagnostic push
@@ -135,7 +130,7 @@ TEST(RethrowWithContext, StandardSystemErrorIsAForeignException)
 
 TEST(RethrowWithContext, ForeignExceptionWithoutTextGivesTheContextAlone)
 {
-    EXPECT_STREQ("context %01", WithContext<exc::runtime_exc_t>(Throwing(without_what_t())).what());
+    EXPECT_STREQ("context %01", WithContext<exc::runtime_exc_t>(Throwing(silent_exc_t())).what());
 }
 
 TEST(RethrowWithContext, BoostSystemErrorGivesItsCodeAndTheSystemsText)

@@ -9,6 +9,7 @@
 #include "nelvo/logging/log_channel.h"
 #include "nelvo/logging/receiver/zip_writer.h"
 #include "tests/support/gz.h"
+#include "tests/support/redirected_stream.h"
 #include "tests/support/stdout_capture.h"
 #include "tests/support/temp_folder.h"
 
@@ -29,13 +30,11 @@ TEST(DebugLog, SwallowsMessages)
 {
     const stdout_capture_t captured;
     std::stringbuf errors;
-    std::streambuf* const cerr_before = std::cerr.rdbuf(&errors);
-    std::streambuf* const clog_before = std::clog.rdbuf(&errors);
+    const redirected_stream_t cerr_redirected(std::cerr, &errors);
+    const redirected_stream_t clog_redirected(std::clog, &errors);
     const auto log =
         boost::make_shared<logging::log_t>(boost::make_shared<logging::receiver::COutputDebugStringLog>());
     logging::log_channel_t("dbg", log).error("text");
-    std::cerr.rdbuf(cerr_before);
-    std::clog.rdbuf(clog_before);
     EXPECT_EQ("", captured.text());
     EXPECT_EQ("", errors.str());
 }

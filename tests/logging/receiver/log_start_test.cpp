@@ -1,10 +1,8 @@
 #include "nelvo/logging/receiver/log_start.h"
 
 #include <algorithm>
-#include <cstdio>
 #include <filesystem>
 #include <fstream>
-#include <memory>
 #include <sys/stat.h>
 #include <unistd.h>
 
@@ -22,6 +20,8 @@
 #include "tests/support/gz.h"
 #include "tests/support/lines_receiver.h"
 #include "tests/support/private_disk.h"
+#include "tests/support/program_output.h"
+#include "tests/support/redirected_stream.h"
 #include "tests/support/stdout_capture.h"
 #include "tests/support/temp_folder.h"
 
@@ -103,20 +103,6 @@ protected:
         return result;
     }
 };
-
-struct pipe_closer_t
-{
-    void operator()(FILE* pipe) const { ::pclose(pipe); }
-};
-
-std::string OutputOf(const char* program)
-{
-    const std::unique_ptr<FILE, pipe_closer_t> pipe(::popen(program, "r"));
-    std::string output;
-    for (int c = 0; pipe != nullptr && (c = std::fgetc(pipe.get())) != EOF;)
-        output += static_cast<char>(c);
-    return output;
-}
 
 } // namespace
 
@@ -364,10 +350,9 @@ TEST_F(LogParams, PathThatCannotBeUnpackedLeavesTheKeywordsBeforeIt)
 TEST_F(LogParams, FirstLineIsFlushed)
 {
     flushed_buffer_t buffer;
-    std::streambuf* const before = std::cout.rdbuf(&buffer);
+    const redirected_stream_t redirected(std::cout, &buffer);
     paths_t paths;
     logging::parse_log_params("a.log", paths);
-    std::cout.rdbuf(before);
     EXPECT_EQ(1, buffer.m_flushes);
     EXPECT_EQ(kParsing, buffer.str());
 }

@@ -13,6 +13,7 @@
 #include "tests/support/failing_memory.h"
 #include "tests/support/gz.h"
 #include "tests/support/lines_receiver.h"
+#include "tests/support/redirected_stream.h"
 #include "tests/support/stdout_capture.h"
 #include "tests/support/temp_folder.h"
 
@@ -77,13 +78,12 @@ TEST(StdoutLog, HasNothingToCompress)
 TEST(StdoutLog, FlushesItsFrameAndNothingElse)
 {
     flushed_buffer_t buffer;
-    std::streambuf* const before = std::cout.rdbuf(&buffer);
+    const redirected_stream_t redirected(std::cout, &buffer);
     auto receiver = create_stdout_log();
     const int opened = buffer.m_flushes;
     receiver->write("a\n");
     const int written = buffer.m_flushes;
     receiver.reset();
-    std::cout.rdbuf(before);
     EXPECT_EQ(1, opened);
     EXPECT_EQ(1, written);
     EXPECT_EQ(2, buffer.m_flushes);
@@ -107,12 +107,11 @@ TEST(StdoutLog, ClosingLineThatCannotBePrintedIsNoFailure)
         const stdout_capture_t captured;
         receiver = create_stdout_log();
     }
-    std::streambuf* const before = std::cout.rdbuf(&buffer);
+    const redirected_stream_t redirected(std::cout, &buffer);
     std::cout.exceptions(std::ios::badbit);
     receiver.reset();
     EXPECT_TRUE(std::cout.bad());
     std::cout.exceptions(std::ios::goodbit);
-    std::cout.rdbuf(before);
 }
 
 TEST(StdoutLog, MessagesKeepTheirHeads)
