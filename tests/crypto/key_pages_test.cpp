@@ -3,13 +3,13 @@
 #include "nelvo/crypto/key.h"
 
 #include <string>
-#include <sys/resource.h>
 
 #include <boost/make_shared.hpp>
 #include <gtest/gtest.h>
 
 #include "nelvo/crypto/repair_record.h"
 #include "tests/support/golden.h"
+#include "tests/support/most_memory.h"
 #include "tests/support/record_stream.h"
 
 using crypto::secure_array_t;
@@ -18,14 +18,6 @@ namespace
 {
 
 constexpr long kMebibyte = 1024;
-
-// In kibibytes.
-long MostMemory()
-{
-    rusage usage = {};
-    ::getrusage(RUSAGE_SELF, &usage);
-    return usage.ru_maxrss;
-}
 
 // What the process has at the most, beyond what it had when it read a smaller size that is as false.
 template <class Read>

@@ -10,6 +10,7 @@
 
 #include "nelvo/core/exc/runtime_exc.h"
 #include "tests/support/golden.h"
+#include "tests/support/most_memory.h"
 #include "tests/support/stub_dev.h"
 #include "tests/support/thrown.h"
 
@@ -57,14 +58,6 @@ public:
         throw std::runtime_error("no line");
     }
 };
-
-// In kibibytes.
-long MostMemory()
-{
-    rusage usage = {};
-    ::getrusage(RUSAGE_SELF, &usage);
-    return usage.ru_maxrss;
-}
 
 } // namespace
 

@@ -2,26 +2,13 @@
 
 #include "nelvo/logging/receiver/rotation.h"
 
-#include <sys/resource.h>
 #include <unistd.h>
 
 #include <gtest/gtest.h>
 
 #include "nelvo/logging/receiver/posix_log_file.h"
+#include "tests/support/most_memory.h"
 #include "tests/support/temp_folder.h"
-
-namespace
-{
-
-// In kibibytes.
-long MostMemory()
-{
-    rusage usage = {};
-    ::getrusage(RUSAGE_SELF, &usage);
-    return usage.ru_maxrss;
-}
-
-} // namespace
 
 // The buffer is a mebibyte, zlib takes less than half of another, and the code is touched too.
 TEST(RotationPages, LogOfAnySizeTakesTheCopyBufferAndLittleMore)
