@@ -9,6 +9,7 @@
 #include "nelvo/core/exc/errno_exc.h"
 #include "nelvo/core/exc/runtime_exc.h"
 #include "tests/fs/record_checks.h"
+#include "tests/support/file_status.h"
 #include "tests/support/golden.h"
 #include "tests/support/temp_folder.h"
 #include "tests/support/thrown.h"
@@ -99,13 +100,6 @@ protected:
     }
 
     std::string Path(const std::string& name) const { return m_folder / name; }
-
-    static struct stat StatusOf(const std::string& path)
-    {
-        struct stat info = {};
-        EXPECT_EQ(0, ::lstat(path.c_str(), &info)) << path;
-        return info;
-    }
 
     static void SetTimes(const std::string& path, timespec accessed, timespec modified)
     {

@@ -10,6 +10,7 @@
 #include "nelvo/core/exc/runtime_exc.h"
 #include "nelvo/fs/file_info.h"
 #include "tests/fs/record_checks.h"
+#include "tests/support/file_status.h"
 #include "tests/support/golden.h"
 #include "tests/support/temp_folder.h"
 #include "tests/support/thrown.h"
@@ -85,13 +86,6 @@ protected:
         EXPECT_EQ(0, ::chmod(m_file.c_str(), 0640));
         EXPECT_EQ(0, ::symlink("file", m_link.c_str()));
         EXPECT_EQ(0, ::symlink("none", m_dangling.c_str()));
-    }
-
-    static struct stat StatusOf(const std::string& path)
-    {
-        struct stat info = {};
-        EXPECT_EQ(0, ::lstat(path.c_str(), &info)) << path;
-        return info;
     }
 
     temp_folder_t m_folder;
@@ -243,13 +237,13 @@ TEST_F(FileMetaApplied, KeepsTheSetUserIdBitOfAProgram)
     meta.gid = ::getegid();
     meta.mode = 4755;
     util::ApplyFileMeta(meta, m_file);
-    EXPECT_EQ(04755u, StatusOf(m_file).st_mode & 07777);
+    EXPECT_EQ(04755u, ModeOf(m_file));
 }
 
 TEST_F(FileMetaApplied, WithoutModeLeavesThePermissions)
 {
     util::ApplyFileMeta(WithDates(1, 1, 1), m_file);
-    EXPECT_EQ(0640u, StatusOf(m_file).st_mode & 07777);
+    EXPECT_EQ(0640u, ModeOf(m_file));
 }
 
 TEST_F(FileMetaApplied, UnlessItIsValidNothingIsDone)
@@ -259,7 +253,7 @@ TEST_F(FileMetaApplied, UnlessItIsValidNothingIsDone)
     EXPECT_EQ("FileMeta is not valid.\nCan't apply meta for file [" + m_file + "].",
               Thrown<exc::runtime_exc_t>([&] { util::ApplyFileMeta(meta, m_file); }));
     EXPECT_NE(1000, StatusOf(m_file).st_mtim.tv_sec);
-    EXPECT_EQ(0640u, StatusOf(m_file).st_mode & 07777);
+    EXPECT_EQ(0640u, ModeOf(m_file));
 }
 
 TEST_F(FileMetaApplied, TimesOfAFileFromTheFirstSecondOf1970AreRefused)
@@ -299,7 +293,7 @@ TEST_F(FileMetaApplied, GivesPermissionsToTheTargetAndAllElseToTheLink)
     meta.mode = 604;
     const struct stat before = StatusOf(m_file);
     util::ApplyFileMeta(meta, m_link);
-    const struct stat link = StatusOf(m_link);
+    const struct stat link = LinkStatusOf(m_link);
     EXPECT_EQ(1000, link.st_mtim.tv_sec);
     EXPECT_EQ(meta.uid, link.st_uid);
     EXPECT_EQ(meta.gid, link.st_gid);
@@ -312,8 +306,8 @@ TEST_F(FileMetaApplied, GivesPermissionsToTheTargetAndAllElseToTheLink)
 TEST_F(FileMetaApplied, LinkNeedNotLeadAnywhereWithoutAMode)
 {
     util::ApplyFileMeta(WithDates(1, 1000, 2000), m_dangling);
-    EXPECT_EQ(1000, StatusOf(m_dangling).st_mtim.tv_sec);
-    EXPECT_EQ(2000, StatusOf(m_dangling).st_atim.tv_sec);
+    EXPECT_EQ(1000, LinkStatusOf(m_dangling).st_mtim.tv_sec);
+    EXPECT_EQ(2000, LinkStatusOf(m_dangling).st_atim.tv_sec);
 }
 
 TEST_F(FileMetaApplied, ModeForADanglingLinkIsAFailureWithTheTimesGiven)
@@ -323,5 +317,5 @@ TEST_F(FileMetaApplied, ModeForADanglingLinkIsAFailureWithTheTimesGiven)
     EXPECT_EQ("No such file or directory\nFailed to set permissions.\nCan't apply meta for file [" +
                   m_dangling + "].",
               Thrown<posix::errno_exc_t>([&] { util::ApplyFileMeta(meta, m_dangling); }));
-    EXPECT_EQ(1000, StatusOf(m_dangling).st_mtim.tv_sec);
+    EXPECT_EQ(1000, LinkStatusOf(m_dangling).st_mtim.tv_sec);
 }

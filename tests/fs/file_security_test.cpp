@@ -7,6 +7,7 @@
 #include <gtest/gtest.h>
 
 #include "nelvo/logging/log.h"
+#include "tests/support/file_status.h"
 #include "tests/support/golden.h"
 #include "tests/support/lines_receiver.h"
 #include "tests/support/temp_folder.h"
@@ -28,13 +29,6 @@ protected:
         return path;
     }
 
-    static unsigned Mode(const std::string& path)
-    {
-        struct stat info = {};
-        EXPECT_EQ(0, ::stat(path.c_str(), &info)) << path;
-        return info.st_mode & 07777;
-    }
-
     std::string Logged() const { return WithoutHeads(m_log->text()); }
 
     temp_folder_t m_folder;
@@ -50,7 +44,7 @@ TEST_F(FileSecurity, OfOneFileIsGivenToAnother)
     EXPECT_EQ(27u, buffer.size());
     const std::string b = File("b", 0777);
     util::SetFileSecurity(b, buffer);
-    EXPECT_EQ(0604u, Mode(b));
+    EXPECT_EQ(0604u, ModeOf(b));
     EXPECT_EQ("", Logged());
 }
 
@@ -79,7 +73,7 @@ TEST_F(FileSecurity, BadBufferIsAWarningAndTheFileStays)
                   "       | >>  |Invalid security buffer size: 0 != 27\n"
                   "       | >>  |posix_file_security failed to deserialize.\n",
               Logged());
-    EXPECT_EQ(0604u, Mode(path));
+    EXPECT_EQ(0604u, ModeOf(path));
 }
 
 TEST_F(FileSecurity, FailureToSetItIsAWarning)

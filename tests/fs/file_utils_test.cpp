@@ -18,6 +18,7 @@
 #include "nelvo/posix/posix_file.h"
 #include "tests/fs/child.h"
 #include "tests/support/failing_memory.h"
+#include "tests/support/file_status.h"
 #include "tests/support/temp_folder.h"
 #include "tests/support/thrown.h"
 
@@ -31,25 +32,10 @@ void Link(const std::string& path, const std::string& target)
     EXPECT_EQ(0, ::symlink(target.c_str(), path.c_str())) << path;
 }
 
-mode_t Mode(const std::string& path)
-{
-    struct stat info = {};
-    EXPECT_EQ(0, ::stat(path.c_str(), &info)) << path;
-    return info.st_mode;
-}
-
 template <class function_t>
 std::string FailureOf(const function_t& function)
 {
-    try
-    {
-        function();
-    }
-    catch (const posix::errno_exc_t& e)
-    {
-        return e.what();
-    }
-    return "no failure";
+    return Thrown<posix::errno_exc_t>(function);
 }
 
 // A folder with one object of each kind, named after it.
@@ -173,8 +159,8 @@ TEST(CreateDirectory, ModeIsTheUmasksPartOf755)
             util::CreateDirectory(folder / "closed");
         });
 
-    EXPECT_EQ(static_cast<mode_t>(S_IFDIR | 0755), Mode(folder / "open"));
-    EXPECT_EQ(static_cast<mode_t>(S_IFDIR | 0750), Mode(folder / "closed"));
+    EXPECT_EQ(static_cast<mode_t>(S_IFDIR | 0755), StatusOf(folder / "open").st_mode);
+    EXPECT_EQ(static_cast<mode_t>(S_IFDIR | 0750), StatusOf(folder / "closed").st_mode);
 }
 
 TEST(CreateDirectory, NameThatExistsIsAFailure)
@@ -476,7 +462,7 @@ TEST_F(FileUtils, CopyTakesContentAndMode)
     ASSERT_EQ(0, ::chmod(Path("file").c_str(), 0750));
     util::CopyFile(Path("file"), Path("copy"), false);
     EXPECT_EQ("text", ReadFile(Path("copy")));
-    EXPECT_EQ(0750u, Mode(Path("copy")) & 07777);
+    EXPECT_EQ(0750u, ModeOf(Path("copy")));
 }
 
 // The system takes the bit from a file that another user than root writes to.
@@ -484,7 +470,7 @@ TEST_F(FileUtils, CopyKeepsTheSetUserIdBitForRoot)
 {
     ASSERT_EQ(0, ::chmod(Path("file").c_str(), 04750));
     util::CopyFile(Path("file"), Path("copy"), false);
-    EXPECT_EQ(::geteuid() == 0 ? 04750u : 0750u, Mode(Path("copy")) & 07777);
+    EXPECT_EQ(::geteuid() == 0 ? 04750u : 0750u, ModeOf(Path("copy")));
 }
 
 TEST_F(FileUtils, CopyOverAFileNeedsOverwrite)
@@ -700,7 +686,7 @@ TEST_F(FileUtils, HomeTempDirIsJoinedToHomeAsTextAndMade)
         {
             ::setenv("HOME", m_folder.path().c_str(), 1);
             EXPECT_EQ(folder + L"/tmp/", util::GetHomeTempDir());
-            EXPECT_TRUE(S_ISDIR(Mode(Path("tmp"))));
+            EXPECT_TRUE(S_ISDIR(StatusOf(Path("tmp")).st_mode));
 
             ::setenv("HOME", (m_folder.path() + "/").c_str(), 1);
             EXPECT_EQ(folder + L"//tmp/", util::GetHomeTempDir());
@@ -714,12 +700,12 @@ TEST_F(FileUtils, HomeTempDirWithoutAHomeIsTmp)
         {
             ::unsetenv("HOME");
             EXPECT_EQ(L"/tmp/", util::GetHomeTempDir());
-            EXPECT_TRUE(S_ISDIR(Mode("/tmp")));
+            EXPECT_TRUE(S_ISDIR(StatusOf("/tmp").st_mode));
             ASSERT_EQ(0, ::rmdir("/tmp"));
 
             ::setenv("HOME", "", 1);
             EXPECT_EQ(L"/tmp/", util::GetHomeTempDir());
-            EXPECT_TRUE(S_ISDIR(Mode("/tmp")));
+            EXPECT_TRUE(S_ISDIR(StatusOf("/tmp").st_mode));
             EXPECT_EQ(L"/tmp/", util::GetHomeTempDir());
         });
 }

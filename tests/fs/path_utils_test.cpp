@@ -11,6 +11,8 @@
 #include "nelvo/core/exc/runtime_exc.h"
 #include "nelvo/fs/file_info.h"
 #include "tests/fs/child.h"
+#include "tests/support/file_mask.h"
+#include "tests/support/file_status.h"
 #include "tests/support/private_disk.h"
 #include "tests/support/temp_folder.h"
 #include "tests/support/thrown.h"
@@ -22,7 +24,7 @@ namespace
 class PathUtils : public testing::Test
 {
 protected:
-    PathUtils() : m_umask(::umask(0))
+    PathUtils()
     {
         WriteFile(Path("file"), "text");
         EXPECT_EQ(0, ::mkdir(Path("folder").c_str(), 0700));
@@ -31,8 +33,6 @@ protected:
         EXPECT_EQ(0, ::symlink("circle", Path("circle").c_str()));
         EXPECT_EQ(0, ::mkfifo(Path("fifo").c_str(), 0600));
     }
-
-    ~PathUtils() override { ::umask(m_umask); }
 
     std::string Path(const std::string& name) const { return m_folder / name; }
 
@@ -54,14 +54,7 @@ protected:
         return Thrown<exc::runtime_exc_t>([&] { call(first, second); });
     }
 
-    static unsigned Mode(const std::string& path)
-    {
-        struct stat info = {};
-        EXPECT_EQ(0, ::stat(path.c_str(), &info)) << path;
-        return info.st_mode & 07777;
-    }
-
-    const mode_t m_umask;
+    const file_mask_t m_no_mask{0};
     temp_folder_t m_folder;
 };
 
@@ -534,30 +527,30 @@ TEST(FindCommand, FailureToLookHasNoContext)
 TEST_F(PathUtils, CreateDirReadsTheModesDigitsAsOctal)
 {
     CPathUtils::CreateDir(Path("a"), false, 750);
-    EXPECT_EQ(0750u, Mode(Path("a")));
+    EXPECT_EQ(0750u, ModeOf(Path("a")));
     CPathUtils::CreateDir(Path("b"), false, 1777);
-    EXPECT_EQ(01777u, Mode(Path("b")));
+    EXPECT_EQ(01777u, ModeOf(Path("b")));
     CPathUtils::CreateDir(Path("c"), false, 0);
-    EXPECT_EQ(0u, Mode(Path("c")));
+    EXPECT_EQ(0u, ModeOf(Path("c")));
     EXPECT_EQ(0, ::chmod(Path("c").c_str(), 0700));
     CPathUtils::CreateDir(Path("d"), false, 789);
-    EXPECT_EQ(01011u, Mode(Path("d")));
+    EXPECT_EQ(01011u, ModeOf(Path("d")));
     EXPECT_EQ(0, ::chmod(Path("d").c_str(), 0700));
 }
 
 TEST_F(PathUtils, CreateDirIsSubjectToTheUmask)
 {
-    ::umask(027);
+    const file_mask_t narrow(027);
     CPathUtils::CreateDir(Path("a"), false, 777);
-    EXPECT_EQ(0750u, Mode(Path("a")));
+    EXPECT_EQ(0750u, ModeOf(Path("a")));
 }
 
 TEST_F(PathUtils, CreateDirWithParentsGivesEachTheMode)
 {
     CPathUtils::CreateDir(Path("a/b/c"), true, 711);
-    EXPECT_EQ(0711u, Mode(Path("a")));
-    EXPECT_EQ(0711u, Mode(Path("a/b")));
-    EXPECT_EQ(0711u, Mode(Path("a/b/c")));
+    EXPECT_EQ(0711u, ModeOf(Path("a")));
+    EXPECT_EQ(0711u, ModeOf(Path("a/b")));
+    EXPECT_EQ(0711u, ModeOf(Path("a/b/c")));
 }
 
 TEST_F(PathUtils, CreateDirTakesWhatStandsThere)
@@ -642,10 +635,10 @@ TEST_F(PathUtils, CreateDirInTheRootOrHereNeedsNoParent)
 TEST_F(PathUtils, CreateDirShortFormsHaveMode755)
 {
     CPathUtils::CreateDirPlain(Path("a"));
-    EXPECT_EQ(0755u, Mode(Path("a")));
+    EXPECT_EQ(0755u, ModeOf(Path("a")));
     CPathUtils::CreateDirParents(Path("b/c"), true);
-    EXPECT_EQ(0755u, Mode(Path("b")));
-    EXPECT_EQ(0755u, Mode(Path("b/c")));
+    EXPECT_EQ(0755u, ModeOf(Path("b")));
+    EXPECT_EQ(0755u, ModeOf(Path("b/c")));
     EXPECT_THROW(CPathUtils::CreateDirPlain(Path("d/e")), posix::errno_exc_t);
     EXPECT_THROW(CPathUtils::CreateDirParents(Path("d/e"), false), posix::errno_exc_t);
 }
@@ -663,7 +656,7 @@ TEST_F(PathUtils, CopyTakesTheContentAlone)
         ASSERT_EQ(0, ::chmod(Path("source").c_str(), 0700));
         CPathUtils::Copy(Path("source"), Path("copy"));
         EXPECT_EQ(content.substr(0, size), ReadFile(Path("copy"))) << size;
-        EXPECT_EQ(0666u, Mode(Path("copy")));
+        EXPECT_EQ(0666u, ModeOf(Path("copy")));
         CPathUtils::Delete(Path("copy"));
     }
 }
@@ -694,7 +687,7 @@ TEST_F(PathUtils, CopyMakesTheFoldersAboveTheTarget)
 {
     CPathUtils::Copy(Path("link"), Path("a/b/copy"));
     EXPECT_EQ("text", ReadFile(Path("a/b/copy")));
-    EXPECT_EQ(0755u, Mode(Path("a/b")));
+    EXPECT_EQ(0755u, ModeOf(Path("a/b")));
 }
 
 TEST_F(PathUtils, CopyToABareNameNeedsNoFolder)

@@ -7,6 +7,7 @@
 
 #include "nelvo/core/exc/errno_exc.h"
 #include "nelvo/core/exc/runtime_exc.h"
+#include "tests/support/file_status.h"
 #include "tests/support/golden.h"
 #include "tests/support/temp_folder.h"
 #include "tests/support/thrown.h"
@@ -16,13 +17,6 @@ using posix::posix_file_security_ptr_t;
 
 namespace
 {
-
-struct stat StatusOf(const std::string& path, int (*call)(const char*, struct stat*) = ::stat)
-{
-    struct stat info = {};
-    EXPECT_EQ(0, call(path.c_str(), &info)) << path;
-    return info;
-}
 
 cnt::plain_array_t Buffer(const std::string& bytes) { return {bytes.data(), bytes.size()}; }
 
@@ -66,7 +60,7 @@ protected:
         EXPECT_EQ(0, ::symlink("none", m_dangling.c_str()));
     }
 
-    unsigned ModeOfFile() const { return StatusOf(m_file).st_mode & 07777; }
+    unsigned ModeOfFile() const { return ModeOf(m_file); }
 
     temp_folder_t m_folder;
     const std::string m_file = m_folder / "file";
@@ -205,7 +199,7 @@ TEST_F(PosixFileSecurity, IsAppliedToAFile)
 TEST_F(PosixFileSecurity, OfAFileFitsAnother)
 {
     posix_file_security::ReadFromFile(m_folder.path())->ApplyToFile(m_file);
-    EXPECT_EQ(StatusOf(m_folder.path()).st_mode & 07777, ModeOfFile());
+    EXPECT_EQ(ModeOf(m_folder.path()), ModeOfFile());
     EXPECT_EQ(StatusOf(m_folder.path()).st_uid, StatusOf(m_file).st_uid);
     EXPECT_EQ(StatusOf(m_folder.path()).st_gid, StatusOf(m_file).st_gid);
 }
@@ -218,8 +212,8 @@ TEST_F(PosixFileSecurity, ApplyGivesPermissionsToTheTargetAndTheOwnerToTheLink)
     const gid_t gid = is_root ? 5678 : ::getegid();
     Security(uid, gid, 0604).ApplyToFile(m_link);
     EXPECT_EQ(0604u, ModeOfFile());
-    EXPECT_EQ(uid, StatusOf(m_link, ::lstat).st_uid);
-    EXPECT_EQ(gid, StatusOf(m_link, ::lstat).st_gid);
+    EXPECT_EQ(uid, LinkStatusOf(m_link).st_uid);
+    EXPECT_EQ(gid, LinkStatusOf(m_link).st_gid);
     EXPECT_EQ(::geteuid(), StatusOf(m_file).st_uid);
 }
 

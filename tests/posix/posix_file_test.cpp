@@ -20,7 +20,9 @@
 #include "nelvo/core/exc/errno_exc.h"
 #include "nelvo/core/exc/runtime_exc.h"
 #include "tests/support/failing_memory.h"
+#include "tests/support/file_mask.h"
 #include "tests/support/temp_folder.h"
+#include "tests/support/thrown.h"
 
 using posix::posix_file_t;
 
@@ -31,34 +33,16 @@ namespace
 
 constexpr stream_size_t kGiB = 1024LL * 1024 * 1024;
 
-template <class Exception, class Action>
-std::string WhatOf(Action action)
-{
-    try
-    {
-        action();
-    }
-    catch (const Exception& e)
-    {
-        return e.what();
-    }
-    catch (const std::exception& e)
-    {
-        return std::string("another exception: ") + e.what();
-    }
-    return "nothing was thrown";
-}
-
 template <class Action>
 std::string Failure(Action action)
 {
-    return WhatOf<posix::errno_exc_t>(action);
+    return Thrown<posix::errno_exc_t>(action);
 }
 
 template <class Action>
 std::string RuntimeFailure(Action action)
 {
-    return WhatOf<exc::runtime_exc_t>(action);
+    return Thrown<exc::runtime_exc_t>(action);
 }
 
 class PosixFile : public testing::Test
@@ -213,11 +197,10 @@ TEST_F(PosixFile, CreateOrOpenKeepsAnExistingFilesContent)
 
 TEST_F(PosixFile, CreatedFileHasMode0666LessTheUmask)
 {
-    const mode_t before = ::umask(0);
+    const file_mask_t none(0);
     posix_file_t::CreateOrOpen(m_path);
-    ::umask(027);
+    const file_mask_t narrow(027);
     posix_file_t::CreateOrOpen(m_missing);
-    ::umask(before);
     EXPECT_EQ(0666u, posix_file_t::GetPermissions(m_path.c_str()));
     EXPECT_EQ(0640u, posix_file_t::GetPermissions(m_missing.c_str()));
 }

@@ -24,6 +24,7 @@
 #include "nelvo/logging/receiver/posix_log_file.h"
 #include "tests/support/failing_memory.h"
 #include "tests/support/file_mask.h"
+#include "tests/support/file_status.h"
 #include "tests/support/gz.h"
 #include "tests/support/private_disk.h"
 #include "tests/support/stdout_capture.h"
@@ -69,13 +70,6 @@ public:
 private:
     int m_descriptor;
 };
-
-mode_t Mode(const std::string& path)
-{
-    struct stat info = {};
-    EXPECT_EQ(0, ::stat(path.c_str(), &info)) << path;
-    return info.st_mode & 07777;
-}
 
 names_t NamesIn(const std::string& folder)
 {
@@ -194,12 +188,12 @@ TEST_F(LogFiles, TestCreatesFileAndFolders)
 {
     const file_mask_t none(0);
     create_test(m_folder / "a/b/c.log");
-    EXPECT_EQ(0755u, Mode(m_folder / "a"));
-    EXPECT_EQ(0755u, Mode(m_folder / "a/b"));
-    EXPECT_EQ(0664u, Mode(m_folder / "a/b/c.log"));
+    EXPECT_EQ(0755u, ModeOf(m_folder / "a"));
+    EXPECT_EQ(0755u, ModeOf(m_folder / "a/b"));
+    EXPECT_EQ(0664u, ModeOf(m_folder / "a/b/c.log"));
     const file_mask_t narrow(027);
     create_test(m_folder / "d.log");
-    EXPECT_EQ(0640u, Mode(m_folder / "d.log"));
+    EXPECT_EQ(0640u, ModeOf(m_folder / "d.log"));
 }
 
 TEST_F(LogFiles, TestLeavesAFileAsItIs)
@@ -208,7 +202,7 @@ TEST_F(LogFiles, TestLeavesAFileAsItIs)
     ASSERT_EQ(0, ::chmod(m_file.c_str(), 0604));
     create_test(m_file);
     EXPECT_EQ("text", ReadFile(m_file));
-    EXPECT_EQ(0604u, Mode(m_file));
+    EXPECT_EQ(0604u, ModeOf(m_file));
 }
 
 TEST_F(LogFiles, TestDoesNotMindALock)
@@ -300,7 +294,7 @@ TEST_F(LogFiles, FirstNameUnderTheBackupFolderStandsInForAll)
     EXPECT_EQ("/tmp/NelvoBackup/..", pick_log_path({"/tmp/.."}));
     EXPECT_EQ("/tmp/NelvoBackup/" + m_folder.path().substr(m_folder.path().rfind('/') + 1),
               pick_log_path({m_folder.path()}));
-    EXPECT_EQ(0755u, Mode("/tmp/NelvoBackup"));
+    EXPECT_EQ(0755u, ModeOf("/tmp/NelvoBackup"));
     EXPECT_THAT(NamesIn("/tmp/NelvoBackup"), IsEmpty());
     EXPECT_EQ("", Printed());
 }
@@ -325,7 +319,7 @@ TEST_F(LogFiles, FallbackIsAskedForInsideAHandler)
         EXPECT_EQ("/tmp/NelvoBackup/x.log", fallback_log_path("x.log"));
         EXPECT_EQ("in flight", Thrown<exc::runtime_exc_t>([] { fallback_log_path(""); }));
     }
-    EXPECT_EQ(0755u, Mode("/tmp/NelvoBackup"));
+    EXPECT_EQ(0755u, ModeOf("/tmp/NelvoBackup"));
 }
 
 TEST_F(LogFiles, FallbackNeedsItsFolder)
@@ -437,9 +431,9 @@ TEST_F(LogFiles, WayToTheFileDecidesItsMode)
     const receiver_ptr_t picked = create_file_log({m_folder / "a.log"});
     const receiver_ptr_t numbered = create_file_log({m_folder / "a.log"});
     const receiver_ptr_t fallback = create_file_log({m_bad});
-    EXPECT_EQ(0664u, Mode(m_folder / "a.log"));
-    EXPECT_EQ(0666u, Mode(m_folder / "a.1.log"));
-    EXPECT_EQ(0666u, Mode("/tmp/NelvoBackup/bad.log"));
+    EXPECT_EQ(0664u, ModeOf(m_folder / "a.log"));
+    EXPECT_EQ(0666u, ModeOf(m_folder / "a.1.log"));
+    EXPECT_EQ(0666u, ModeOf("/tmp/NelvoBackup/bad.log"));
 }
 
 TEST_F(LogFiles, AllPathsBadEndInTheBackupFolder)

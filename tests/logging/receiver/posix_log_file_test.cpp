@@ -15,6 +15,7 @@
 #include "nelvo/logging/log.h"
 #include "nelvo/logging/receiver/zip_writer.h"
 #include "tests/support/file_mask.h"
+#include "tests/support/file_status.h"
 #include "tests/support/gz.h"
 #include "tests/support/lines_receiver.h"
 #include "tests/support/temp_folder.h"
@@ -25,13 +26,6 @@ namespace
 {
 
 constexpr std::size_t kMebibyte = 1'048'576;
-
-struct stat Info(const std::string& path)
-{
-    struct stat info = {};
-    EXPECT_EQ(0, ::stat(path.c_str(), &info)) << path;
-    return info;
-}
 
 // Whether another open of the file could lock it.
 bool IsLocked(const std::string& path)
@@ -120,10 +114,10 @@ TEST_F(PosixLogFile, IsCreatedAsThePlainestFile)
 {
     const file_mask_t none(0);
     Write("");
-    EXPECT_EQ(0100666u, Info(m_name).st_mode);
+    EXPECT_EQ(0100666u, StatusOf(m_name).st_mode);
     const file_mask_t narrow(027);
     const posix_log_file_t log(m_folder / "b.log");
-    EXPECT_EQ(0100640u, Info(m_folder / "b.log").st_mode);
+    EXPECT_EQ(0100640u, StatusOf(m_folder / "b.log").st_mode);
 }
 
 TEST_F(PosixLogFile, NewTextGoesBehindTheOld)
@@ -177,7 +171,7 @@ TEST_F(PosixLogFile, PathStaysAsGiven)
     ASSERT_EQ(0, ::chdir(m_folder.path().c_str()));
     const posix_log_file_t log(".//b \n\xff.log");
     EXPECT_EQ(".//b \n\xff.log", log.get_path());
-    EXPECT_EQ(S_IFREG, Info(m_folder / "b \n\xff.log").st_mode & S_IFMT);
+    EXPECT_EQ(S_IFREG, StatusOf(m_folder / "b \n\xff.log").st_mode & S_IFMT);
 }
 
 TEST_F(PosixLogFile, LineEndIsALineFeed) { EXPECT_EQ("\n", posix_log_file_t(m_name).get_eol()); }
@@ -286,9 +280,9 @@ TEST_F(PosixLogFile, CompressingKeepsTheFileAndItsLock)
 {
     posix_log_file_t log(m_name);
     log.write("a");
-    const ino_t file = Info(m_name).st_ino;
+    const ino_t file = StatusOf(m_name).st_ino;
     Compress(log);
-    EXPECT_EQ(file, Info(m_name).st_ino);
+    EXPECT_EQ(file, StatusOf(m_name).st_ino);
     EXPECT_TRUE(IsLocked(m_name));
 }
 

@@ -4,7 +4,6 @@
 #include <csignal>
 #include <cstring>
 #include <sys/mman.h>
-#include <sys/stat.h>
 
 #include <boost/make_shared.hpp>
 #include <gtest/gtest.h>
@@ -13,6 +12,7 @@
 #include "nelvo/core/exc/runtime_exc.h"
 #include "nelvo/logging/log.h"
 #include "tests/support/file_mask.h"
+#include "tests/support/file_status.h"
 #include "tests/support/gz.h"
 #include "tests/support/lines_receiver.h"
 #include "tests/support/resource_limit.h"
@@ -138,9 +138,7 @@ TEST_F(ZipWriter, ModeIsThatOfANewFile)
 {
     const file_mask_t narrow(027);
     ArchiveNothing(m_name);
-    struct stat info = {};
-    ASSERT_EQ(0, ::stat(m_name.c_str(), &info));
-    EXPECT_EQ(0640u, info.st_mode & 07777u);
+    EXPECT_EQ(0640u, ModeOf(m_name));
 }
 
 TEST_F(ZipWriter, FailureToOpenNamesTheArchive)
