@@ -94,11 +94,15 @@ class Found:
     broken: list  # the archives that are not whole
 
 
+def _check(result, what):
+    if result != 0:
+        error = ctypes.get_errno()
+        raise OSError(error, os.strerror(error), what)
+
+
 def _mount(source, target, kind, flags, data=None):
     encoded = [text.encode() if text is not None else None for text in (source, target, kind)]
-    if _libc.mount(*encoded, flags, data.encode() if data else None) != 0:
-        error = ctypes.get_errno()
-        raise OSError(error, os.strerror(error), target)
+    _check(_libc.mount(*encoded, flags, data.encode() if data else None), target)
 
 
 def mount_tmpfs(target, options):
@@ -107,9 +111,7 @@ def mount_tmpfs(target, options):
 
 
 def unmount(target):
-    if _libc.umount2(target.encode(), 0) != 0:
-        error = ctypes.get_errno()
-        raise OSError(error, os.strerror(error), target)
+    _check(_libc.umount2(target.encode(), 0), target)
 
 
 def _bind(source, target, writable=False):
@@ -125,15 +127,8 @@ def _copy_files(source, target):
             shutil.copy(entry.path, target)
 
 
-def enter(empty_folder, build):
-    """Moves this process to a private machine, for good. The folder is a mount point, shared with nobody else's
-    view; build is the folder of the release build. Copies of its tool and programs stand in /tool and /faults."""
-    if _libc.unshare(_CLONE_NEWNS) != 0:
-        error = ctypes.get_errno()
-        raise OSError(error, os.strerror(error), "unshare")
-    _mount("none", "/", None, _MS_REC | _MS_PRIVATE)
-    root = str(empty_folder)
-    _mount("tmpfs", root, "tmpfs", _MS_NOSUID, "mode=755")
+def _furnish(root, build):
+    """Puts into a root what stands on the machine in all scenarios."""
     for folder in _FILLED_BY_SCENARIO + ("/dev", "/faults", "/proc", "/tool", "/usr"):
         os.mkdir(root + folder)
     _bind("/usr", root + "/usr")
@@ -153,6 +148,16 @@ def enter(empty_folder, build):
     if not sys.base_prefix.startswith("/usr"):
         os.makedirs(root + sys.base_prefix)
         _bind(sys.base_prefix, root + sys.base_prefix)
+
+
+def enter(empty_folder, build):
+    """Moves this process to a private machine, for good. The folder is a mount point, shared with nobody else's
+    view; build is the folder of the release build. Copies of its tool and programs stand in /tool and /faults."""
+    _check(_libc.unshare(_CLONE_NEWNS), "unshare")
+    _mount("none", "/", None, _MS_REC | _MS_PRIVATE)
+    root = str(empty_folder)
+    _mount("tmpfs", root, "tmpfs", _MS_NOSUID, "mode=755")
+    _furnish(root, build)
     # Children that outlive a run come to this process, which then waits for them.
     _libc.prctl(_PR_SET_CHILD_SUBREAPER, 1, 0, 0, 0)
     _, most = resource.getrlimit(resource.RLIMIT_CORE)
