@@ -30,6 +30,8 @@ cp bin/tool build/release/tool/nelvoagentid
 """
 APT = "apt-get -q -y -o DPkg::Lock::Timeout=300"
 NOTES = """echo "${0##*/} $*" >> "$CALLS"\n"""
+NOTING = "#!/bin/sh\n" + NOTES
+BEGINNING = {"script/bootstrap": NOTING, "script/configure": NOTING}
 
 
 class Commands(unittest.TestCase):
@@ -100,9 +102,7 @@ class Help(Commands):
 
 class Run(Commands):
     def setUp(self):
-        self.command = self.make(
-            "run", {"script/bootstrap": "#!/bin/sh\n" + NOTES, "script/configure": "#!/bin/sh\n" + NOTES},
-            {"cmake": CMAKE, "tool": TOOL, "id": "echo 0\n"})
+        self.command = self.make("run", BEGINNING, {"cmake": CMAKE, "tool": TOOL, "id": "echo 0\n"})
 
     def run_tool(self, *arguments, logged="", **environment):
         result, self.calls = self.run_command(self.command, *arguments, LOGGED=logged, **environment)
@@ -201,8 +201,7 @@ class Bootstrap(Commands):
 
 class Test(Commands):
     def setUp(self):
-        notes = "#!/bin/sh\n" + NOTES
-        self.command = self.make("test", {"script/bootstrap": notes, "script/configure": notes},
+        self.command = self.make("test", BEGINNING,
                                  {"cmake": NOTES, "ctest": NOTES + 'exit "${STATUS:-0}"\n', "nproc": "echo 2\n"})
 
     def calls_of(self, *arguments):
@@ -267,13 +266,12 @@ class Configure(Commands):
 
 class Fuzz(Commands):
     def setUp(self):
-        notes = "#!/bin/sh\n" + NOTES
         with open(os.path.join(ROOT, "fuzz", "run.py"), encoding="utf-8") as file:
             run = file.read()
         self.command = self.make(
-            "fuzz", {"script/bootstrap": notes, "script/configure": notes, "fuzz/run.py": run,
-                     "fuzz/a_fuzz.cpp": "", "fuzz/b_c_fuzz.cpp": "", "fuzz/fuzz_target.cpp": "",
-                     "fuzz/corpus/a/kept": "", "build/fuzz/fuzz/seeds/a/one": "",
+            "fuzz", {**BEGINNING, "fuzz/run.py": run, "fuzz/a_fuzz.cpp": "",
+                     "fuzz/b_c_fuzz.cpp": "", "fuzz/fuzz_target.cpp": "", "fuzz/corpus/a/kept": "",
+                     "build/fuzz/fuzz/seeds/a/one": "",
                      "build/fuzz/fuzz/seeds/b_c/one": ""}, {"cmake": NOTES})
         self.become_targets(a="", b_c="")
 
@@ -364,8 +362,7 @@ class Fuzz(Commands):
 
 class Faults(Commands):
     def setUp(self):
-        notes = "#!/bin/sh\n" + NOTES
-        self.command = self.make("faults", {"script/bootstrap": notes, "script/configure": notes},
+        self.command = self.make("faults", BEGINNING,
                                  {"cmake": NOTES + "echo building\n", "python3": NOTES + "echo table; exit 3\n",
                                   "id": "echo 0\n"})
 
@@ -393,7 +390,7 @@ class Mutate(Commands):
     TRIAL = "python3 -B tests/mutation/mutate.py"
 
     def setUp(self):
-        self.command = self.make("mutate", {"script/bootstrap": "#!/bin/sh\n" + NOTES},
+        self.command = self.make("mutate", {"script/bootstrap": NOTING},
                                  {"python3": NOTES + "echo table; exit 3\n", "id": "echo 0\n"})
 
     def test_ends_as_the_trial_of_the_mutants_does(self):
@@ -410,9 +407,7 @@ class Proof(Commands):
     """A command that builds something, and runs a script of the tests over it."""
 
     def expect(self, command, builds, script, *arguments, given=()):
-        notes = "#!/bin/sh\n" + NOTES
-        path = self.make(command, {"script/bootstrap": notes, "script/configure": notes},
-                         {"cmake": NOTES, "python3": NOTES + 'exit "${STATUS:-0}"\n'})
+        path = self.make(command, BEGINNING, {"cmake": NOTES, "python3": NOTES + 'exit "${STATUS:-0}"\n'})
         result, calls = self.run_command(path, *given)
         self.assertEqual(["bootstrap ", *builds, f"python3 {script} " + " ".join(arguments)], calls)
         self.assertEqual(0, result.returncode)
@@ -437,11 +432,9 @@ class Coverage(Commands):
     LLVM_COV = NOTES + '[ "$1" != export ] || echo "{}"\n'
 
     def setUp(self):
-        notes = "#!/bin/sh\n" + NOTES
         built = {"programs.txt": "/build/a_test\n/build/b_test\n", "counts/old.profraw": ""}
         self.command = self.make(
-            "coverage", {"script/bootstrap": notes, "script/configure": notes,
-                         **{"build/coverage/" + path: text for path, text in built.items()}},
+            "coverage", {**BEGINNING, **{"build/coverage/" + path: text for path, text in built.items()}},
             {"cmake": NOTES, "ctest": NOTES + 'ls build/coverage/counts >> "$CALLS"\nexit "${STATUS:-0}"\n',
              "nproc": "echo 2\n", "setfacl": "", "llvm-profdata-14": NOTES, "llvm-cov-14": self.LLVM_COV,
              "python3": NOTES + 'cat "$3" >> "$CALLS"\nexit 7\n'})
@@ -468,11 +461,10 @@ class Coverage(Commands):
 
 class Lint(Commands):
     def setUp(self):
-        notes = "#!/bin/sh\n" + NOTES
         sources = {"nelvo/a.h": "", "nelvo/a.cpp": "", "tool/b.cpp": "", "tests/c.cpp": "", "bench/d.cpp": "",
                    "fuzz/e.cpp": "", "examples/f.cpp": ""}
-        others = {"packaging/f.8": "", "packaging/g.bash-completion": "", ".ci/run": notes, "script/list.txt": ""}
-        self.command = self.make("lint", {"script/bootstrap": notes, **sources, **others},
+        others = {"packaging/f.8": "", "packaging/g.bash-completion": "", ".ci/run": NOTING, "script/list.txt": ""}
+        self.command = self.make("lint", {"script/bootstrap": NOTING, **sources, **others},
                                  {"clang-format": NOTES, "clang-tidy": NOTES, "cppcheck": NOTES, "cmake": "",
                                   "codespell": NOTES, "mandoc": NOTES, "nproc": "echo 1\n", "shellcheck": NOTES})
 
@@ -528,11 +520,10 @@ echo "${PACKED:-$SOURCE_DATE_EPOCH}" > build/packages/nelvoagentid_1_amd64.deb
              "cpack --config build/package/CPackConfig.cmake -B build/packages"]
 
     def setUp(self):
-        notes = "#!/bin/sh\n" + NOTES
         self.command = self.make(
-            "package", {"script/bootstrap": notes, "build/packages/old.deb": "", "tests/install/bare_system": notes},
-            {"cmake": NOTES, "id": "echo 0\n", "cpack": self.CPACK, "git": "echo 7\n", "lintian": NOTES + 'exit "${STATUS:-0}"\n',
-             "dpkg-deb": NOTES, "python3": NOTES + "exit 7\n"})
+            "package", {"script/bootstrap": NOTING, "build/packages/old.deb": "", "tests/install/bare_system": NOTING},
+            {"cmake": NOTES, "id": "echo 0\n", "cpack": self.CPACK, "git": "echo 7\n", "dpkg-deb": NOTES,
+             "lintian": NOTES + 'exit "${STATUS:-0}"\n', "python3": NOTES + "exit 7\n"})
 
     def test_leaves_the_packages_alone_in_their_folder(self):
         result, calls = self.run_command(self.command)
@@ -591,7 +582,7 @@ echo "${PACKED:-$SOURCE_DATE_EPOCH}" > build/packages/nelvoagentid_1_amd64.deb
 
 class Docs(Commands):
     def setUp(self):
-        self.command = self.make("docs", {"script/bootstrap": "#!/bin/sh\n" + NOTES, "build/docs/old.html": ""},
+        self.command = self.make("docs", {"script/bootstrap": NOTING, "build/docs/old.html": ""},
                                  {"doxygen": NOTES + 'ls build/docs >> "$CALLS"\nexit "${STATUS:-0}"\n'})
 
     def test_begins_with_an_empty_folder(self):
@@ -605,12 +596,13 @@ class Docs(Commands):
 
 class WholeProof(Commands):
     STAGES = {"lint": "lint ", "docs": "docs ", "wiping": "wiping ", "fuzz": "fuzz 10", "release": "test ",
-              "package": "package --check", "faults": "faults ", "asan": "test --preset asan", "valgrind": "valgrind ", "tsan": "test --preset tsan"}
+              "package": "package --check", "faults": "faults ", "asan": "test --preset asan",
+              "valgrind": "valgrind ", "tsan": "test --preset tsan"}
 
     def setUp(self):
         with open(os.path.join(ROOT, ".ci", "run"), encoding="utf-8") as file:
             proof = file.read()
-        stage = "#!/bin/sh\n" + NOTES + '[ "${0##*/} $*" != "$BAD" ] || exit 7\n'
+        stage = NOTING + '[ "${0##*/} $*" != "$BAD" ] || exit 7\n'
         names = {call.split()[0] for call in self.STAGES.values()}
         self.make("lint", {".ci/run": proof, **{f"script/{name}": stage for name in names}}, {"date": "echo 7\n"})
         with open(self.path("script", "lint"), "w", encoding="utf-8") as file:

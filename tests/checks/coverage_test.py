@@ -42,7 +42,8 @@ class Coverage(unittest.TestCase):
         return err.getvalue().splitlines()
 
     def test_sums_are_told_for_each_folder_and_in_total(self):
-        faults = self.run_check(entry("tool/t.cpp", (100, 100), (50, 50)), entry("nelvo/core/a.cpp", (90, 100), (9, 10)),
+        faults = self.run_check(entry("tool/t.cpp", (100, 100), (50, 50)),
+                                entry("nelvo/core/a.cpp", (90, 100), (9, 10)),
                                 entry("nelvo/core/b.cpp", (99, 100), (9, 10)), entry("tests/c.cpp", (0, 500), (0, 500)))
         self.assertEqual(
             ["                                           lines            branches",

@@ -233,7 +233,8 @@ class Documents(unittest.TestCase):
                          self.faults(("README.md", "Failed to look", "Failed to find")))
 
     def test_a_mark_of_where_to_break_a_line_is_no_text(self):
-        self.assertEqual([], self.faults(("packaging/nelvoagentid.8", ".It Failed to look: <path>", ".It Failed\\: to look: <path>")))
+        self.assertEqual([], self.faults(("packaging/nelvoagentid.8", ".It Failed to look: <path>",
+                                          ".It Failed\\: to look: <path>")))
 
     # ---- Paths ----
 
@@ -248,7 +249,8 @@ class Documents(unittest.TestCase):
 
     def test_paths_of_the_readme_are_held_against_the_sources(self):
         self.assertEqual(["README.md: lacks /etc/id", "README.md: has /sys/id, which the sources lack"],
-                         self.faults(("README.md", " `/etc/id`", " `/sys/id`"), ("README.md", "look: /etc/id", "look: x")))
+                         self.faults(("README.md", " `/etc/id`", " `/sys/id`"),
+                                     ("README.md", "look: /etc/id", "look: x")))
         self.assertEqual([], self.faults(("README.md", " `/etc/id`", " `/etc/id`, /etc/hosts, /home/x")))
 
     # ---- Examples ----

@@ -232,7 +232,8 @@ class Messages(Judgement):
         self.expect("lost outside", after=found(AGENT_ID, log(*FROM_FILE[1:])), losses=other)
 
     def test_entry_for_what_is_up_to_chance_allows_it(self):
-        entry = {"name": "an entry", "faults": ["other/*"], "by chance": ["stage/*"], "loses": ["message"], "reason": ""}
+        entry = {"name": "an entry", "faults": ["other/*"], "by chance": ["stage/*"], "loses": ["message"],
+                 "reason": ""}
         self.assertEqual([], self.problems(after=found(AGENT_ID, log(*FROM_FILE[1:])), losses=[entry]))
         self.assertIn("never matched in expected_loss.json: an entry: other/*",
                       campaign.unused_parts([entry], self.verdict.used))
