@@ -27,7 +27,7 @@ void CCommonLibCtx::CheckAccess(const util::str_t& path)
     m_permissions->CheckAccess(path);
 }
 
-// The permissions of before end with the caller's argument, when the mutex is free again.
+// The former permissions end with the argument, when the mutex is free again.
 void CCommonLibCtx::SetFilesAccessPermissions(
     boost::shared_ptr<security::IFilesAccessPermissions> permissions)
 {
