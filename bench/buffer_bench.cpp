@@ -54,6 +54,32 @@ void WriteRecords(cnt::CBufWriter& writer, int count)
     }
 }
 
+void AppendRecords(std::string& text, int count)
+{
+    const auto append = [&text](const auto& value)
+    { text.append(reinterpret_cast<const char*>(&value), sizeof(value)); };
+    for (int i = 0; i != count; ++i)
+    {
+        append(true);
+        append(i);
+        append(std::int64_t{i});
+        append(static_cast<std::uint32_t>(kText.size()));
+        text += kText;
+    }
+}
+
+void WritePlainRecords(plain_writer_t writer, int count)
+{
+    for (int i = 0; i != count; ++i)
+    {
+        writer.Write(true);
+        writer.Write(i);
+        writer.Write(std::int64_t{i});
+        writer.Write(static_cast<std::uint32_t>(kText.size()));
+        writer.Write(kText.data(), kText.size());
+    }
+}
+
 void AddRecordsWritten()
 {
     static cnt::CBufWriter writer;
@@ -71,30 +97,13 @@ void AddRecordsWritten()
                  []
                  {
                      text.clear();
-                     const auto append = [](const auto& value)
-                     { text.append(reinterpret_cast<const char*>(&value), sizeof(value)); };
-                     for (int i = 0; i != kRecords; ++i)
-                     {
-                         append(true);
-                         append(i);
-                         append(std::int64_t{i});
-                         append(static_cast<std::uint32_t>(kText.size()));
-                         text += kText;
-                     }
+                     AppendRecords(text, kRecords);
                      return text.size();
                  })
         .Against("memcpy",
                  []
                  {
-                     plain_writer_t plain_writer(plain.data());
-                     for (int i = 0; i != kRecords; ++i)
-                     {
-                         plain_writer.Write(true);
-                         plain_writer.Write(i);
-                         plain_writer.Write(std::int64_t{i});
-                         plain_writer.Write(static_cast<std::uint32_t>(kText.size()));
-                         plain_writer.Write(kText.data(), kText.size());
-                     }
+                     WritePlainRecords(plain_writer_t(plain.data()), kRecords);
                      benchmark::ClobberMemory();
                      return plain.data();
                  });
