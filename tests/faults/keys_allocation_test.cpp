@@ -1,7 +1,6 @@
 // Keys, sets of keys and what holds them, while memory runs out.
 
 #include <cstdint>
-#include <functional>
 #include <memory>
 #include <optional>
 #include <string>
@@ -11,7 +10,6 @@
 #include <boost/make_shared.hpp>
 #include <gtest/gtest.h>
 
-#include "nelvo/core/exc/runtime_exc.h"
 #include "nelvo/crypto/key_set_collection.h"
 #include "nelvo/crypto/runtime_key_store.h"
 #include "tests/faults/allocation_sweep.h"
@@ -218,18 +216,7 @@ TEST(KeysWithoutMemory, CollectionIsSearchedAndCopiedOrThrows)
         "0", [&] { return collection->SubsetByRole(77); }, count);
     const CKeySetId other(crypto::SRawKeySetId{{0x77}});
     SweepText("Keyset '77000000000000000000000000000000' not found.",
-              [&]() -> std::string
-              {
-                  try
-                  {
-                      collection->GetById(other);
-                  }
-                  catch (const exc::runtime_exc_t& e)
-                  {
-                      return e.what();
-                  }
-                  return "found";
-              });
+              [&] { return FailureText([&] { collection->GetById(other); }); });
     boost::shared_ptr<CKeySetCollection> grown = collection->Clone();
     SweepAllocations({[&] { grown->AddAll(*collection); },
                       [&] { return count(std::exchange(grown, collection->Clone())); },
@@ -291,16 +278,5 @@ TEST(KeysWithoutMemory, StoreFindsAndTellsOrThrows)
                   return ids.front();
               });
     SweepText("Key set (id: '00000000000000000000000000000000') doesn't exist in runtime store.",
-              [&]() -> std::string
-              {
-                  try
-                  {
-                      store.Get(CKeySetId());
-                  }
-                  catch (const exc::runtime_exc_t& e)
-                  {
-                      return e.what();
-                  }
-                  return "found";
-              });
+              [&] { return FailureText([&] { store.Get(CKeySetId()); }); });
 }

@@ -119,6 +119,17 @@ private:
     FILE* m_input;
 };
 
+// The receiver counts its looks.
+void Log(const logging::log_channel_t& channel, const std::string& message, const std::uint64_t& looks,
+         state_t& state)
+{
+    const std::uint64_t before = looks;
+    channel.info(message);
+    state.logged = state.logged + 1;
+    if (looks - before > state.most_looks)
+        state.most_looks = looks - before;
+}
+
 } // namespace
 
 int main(int argc, char* argv[])
@@ -145,13 +156,7 @@ int main(int argc, char* argv[])
         if (i > 5)
             shell->Run(argv[i - 1]);
         for (int count = std::atoi(argv[i]); count != 0 && message != messages.end(); --count)
-        {
-            looks = 0;
-            channel.info(*message++);
-            state.logged = state.logged + 1;
-            if (looks > state.most_looks)
-                state.most_looks = looks;
-        }
+            Log(channel, *message++, looks, state);
     }
     if (microseconds != 0)
         for (;;)
