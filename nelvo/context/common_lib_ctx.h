@@ -10,7 +10,6 @@
 
 #include <boost/shared_ptr.hpp>
 #include <boost/thread/mutex.hpp>
-#include <boost/thread/recursive_mutex.hpp>
 
 #include "nelvo/crypto/processing_policy.h"
 #include "nelvo/crypto/runtime_key_store.h"

@@ -4,12 +4,12 @@
 // context has one. Any thread may use it at any time, and holds the store's lock as long as an operation
 // takes.
 
+#include <cstdint>
 #include <map>
 #include <string>
 #include <string_view>
 #include <vector>
 
-#include <boost/shared_ptr.hpp>
 #include <boost/thread/recursive_mutex.hpp>
 
 #include "nelvo/crypto/key_set.h"

@@ -14,7 +14,6 @@
 #include "nelvo/core/util/str.h"
 #include "nelvo/logging/channels.h"
 #include "nelvo/logging/log.h"
-#include "nelvo/logging/progress_scope.h"
 #include "nelvo/logging/receiver/log_files.h"
 #include "tests/support/failing_memory.h"
 #include "tests/support/lines_receiver.h"

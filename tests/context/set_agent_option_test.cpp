@@ -1,6 +1,5 @@
 #include "nelvo/context/set_agent_option.h"
 
-#include <cstdint>
 #include <string>
 
 #include <boost/make_shared.hpp>

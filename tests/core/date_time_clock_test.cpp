@@ -1,6 +1,5 @@
 #include <cstdint>
 #include <ctime>
-#include <string>
 
 #include <gtest/gtest.h>
 

@@ -2,7 +2,6 @@
 
 #include <type_traits>
 
-#include <boost/make_shared.hpp>
 #include <gtest/gtest.h>
 
 #include "nelvo/core/exc/runtime_exc.h"

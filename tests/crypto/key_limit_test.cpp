@@ -7,7 +7,6 @@
 #include "nelvo/core/exc/runtime_exc.h"
 #include "nelvo/crypto/repair_record.h"
 #include "tests/crypto/stored_parts.h"
-#include "tests/support/golden.h"
 #include "tests/support/resource_limit.h"
 
 using crypto::CAesKeyIVBlob;

@@ -1,7 +1,6 @@
 #include "nelvo/fs/file_security.h"
 
 #include <sys/stat.h>
-#include <unistd.h>
 
 #include <boost/make_shared.hpp>
 #include <gtest/gtest.h>

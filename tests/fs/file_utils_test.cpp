@@ -7,7 +7,6 @@
 #include <new>
 #include <stdexcept>
 #include <sys/stat.h>
-#include <sys/sysmacros.h>
 #include <unistd.h>
 
 #include <boost/filesystem/operations.hpp>

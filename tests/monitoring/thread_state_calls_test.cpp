@@ -19,7 +19,6 @@
 #include <unistd.h>
 
 #include "nelvo/context/common_lib_ctx.h"
-#include "nelvo/core/exc/errno_exc.h"
 #include "nelvo/core/exc/runtime_exc.h"
 #include "nelvo/core/util/str.h"
 #include "nelvo/logging/log.h"

@@ -8,7 +8,6 @@
 #include <string>
 #include <thread>
 #include <type_traits>
-#include <vector>
 
 #include <fcntl.h>
 #include <gtest/gtest.h>

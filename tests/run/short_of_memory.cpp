@@ -2,7 +2,6 @@
 // memory: the first allocation in the first child, the second in the next, and so on. Prints what the agent
 // file has been found to be after a run, without repetition and sorted: "absent" or its size.
 
-#include <cstdlib>
 #include <exception>
 #include <fcntl.h>
 #include <iostream>

@@ -9,6 +9,7 @@
 #include <sstream>
 #include <utility>
 
+#include <boost/system/system_error.hpp>
 #include <dlfcn.h>
 #include <pthread.h>
 #include <sys/syscall.h>

@@ -9,7 +9,6 @@
 #include <string>
 #include <vector>
 
-#include <boost/system/system_error.hpp>
 #include <gtest/gtest.h>
 
 // The name of each call; of a timed wait its deadline too, "timedwait(<seconds>.<nanoseconds>)".

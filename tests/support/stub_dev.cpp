@@ -2,7 +2,6 @@
 
 #include <algorithm>
 #include <stdexcept>
-#include <utility>
 
 stub_dev_t::stub_dev_t(std::string_view input) : m_input(input) {}
 

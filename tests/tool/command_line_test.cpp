@@ -1,8 +1,5 @@
 #include "tool/command_line.h"
 
-#include <string>
-#include <vector>
-
 #include <gtest/gtest.h>
 
 #include "nelvo/logging/log.h"

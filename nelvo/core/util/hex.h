@@ -9,7 +9,6 @@
 //   util::ParseHex<std::uint8_t>("0x")      throws: a prefix is one only with a digit behind it
 
 #include <climits>
-#include <cstddef>
 #include <cstdint>
 #include <string>
 #include <string_view>

@@ -1,7 +1,5 @@
 #include "nelvo/core/util/log_name.h"
 
-#include <algorithm>
-
 #include "nelvo/core/exc/runtime_exc.h"
 #include "nelvo/core/util/wide.h"
 

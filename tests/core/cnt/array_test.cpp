@@ -1,6 +1,5 @@
 #include "nelvo/core/cnt/array.h"
 
-#include <cstdint>
 #include <cstdlib>
 #include <cstring>
 #include <limits>

@@ -4,7 +4,6 @@
 // thread; ExpectCopyOf holds a copy against it.
 
 #include <functional>
-#include <string>
 #include <thread>
 #include <typeinfo>
 

@@ -1,6 +1,5 @@
 #include "nelvo/core/util/format.h"
 
-#include <cmath>
 #include <cstdint>
 #include <cstdlib>
 #include <limits>

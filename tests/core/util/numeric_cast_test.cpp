@@ -2,7 +2,6 @@
 
 #include <cstdint>
 #include <limits>
-#include <string>
 
 #include <gtest/gtest.h>
 

@@ -5,7 +5,6 @@
 #include <cerrno>
 #include <cstdarg>
 #include <fcntl.h>
-#include <string>
 #include <sys/syscall.h>
 #include <unistd.h>
 #include <utility>

@@ -1,6 +1,5 @@
 #include "nelvo/logging/receiver/zip_writer.h"
 
-#include <cerrno>
 #include <csignal>
 #include <cstring>
 #include <sys/mman.h>
