@@ -1,5 +1,6 @@
 #include "nelvo/core/util/format.h"
 
+#include <cmath>
 #include <cstdint>
 #include <cstdlib>
 #include <limits>

@@ -8,7 +8,6 @@
 #include <fstream>
 #include <memory>
 #include <sys/file.h>
-#include <sys/stat.h>
 #include <sys/wait.h>
 #include <thread>
 #include <unistd.h>
