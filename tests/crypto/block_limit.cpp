@@ -10,9 +10,9 @@ std::atomic<std::size_t> g_most = SIZE_MAX;
 
 } // namespace
 
-block_limit_t::block_limit_t(std::size_t most) { g_most = most; }
+block_limit_t::block_limit_t(std::size_t most) : m_before(g_most.exchange(most)) {}
 
-block_limit_t::~block_limit_t() { g_most = SIZE_MAX; }
+block_limit_t::~block_limit_t() { g_most = m_before; }
 
 // NOLINTBEGIN(clang-diagnostic-reserved-identifier): the linker's names.
 

@@ -13,4 +13,7 @@ public:
     ~block_limit_t();
     block_limit_t(const block_limit_t&) = delete;
     block_limit_t& operator=(const block_limit_t&) = delete;
+
+private:
+    std::size_t m_before;
 };
