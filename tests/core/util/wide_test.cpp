@@ -61,7 +61,7 @@ const std::string kBadUtf8[] = {
     "\xED\xA0\xBD\xED\xB8\x80",
     "\xF4\x90\x80\x80", // above U+10FFFF
     "\xF7\xBF\xBF\xBF", //
-    "\xF8\x90\x80\x80", // a lead byte of the older form, which had more
+    "\xF8\x90\x80\x80", // a lead byte of longer sequences
     "\xF8\x88\x80\x80\x80",
     "\xFC\x84\x80\x80\x80\x80",
     "\xFE", // in no sequence
