@@ -3,8 +3,9 @@
 #include <sstream>
 #include <vector>
 
-void figure_t::Register(const std::string& name, const std::function<void(benchmark::State&)>& loop,
-                        bool all_threads)
+void figure_t::Register([[maybe_unused]] const std::string& name,
+                        [[maybe_unused]] const std::function<void(benchmark::State&)>& loop,
+                        [[maybe_unused]] bool all_threads)
 {
 // The analyzer does not see that the registry keeps what is registered, and reports a leak.
 #ifndef __clang_analyzer__
